@@ -1,0 +1,55 @@
+// The vector layer: every vector operation of the kernels goes through the
+// free functions declared by one of the two back ends below, on the types
+// V4f (four binary32 lanes) and V2d (two binary64 lanes).
+//
+//   load / store            aligned 128-bit moves
+//   loadu / storeu          unaligned 128-bit moves (V4f)
+//   loadHalves / storeHalves  one V2d as two separate 64-bit moves
+//   add, sub, mul, bitXor   lane-wise arithmetic; bitXor flips sign bits
+//   swapLanes               (a1, a0) of a V2d
+//   shuffle<i0,i1,i2,i3>    (a[i0], a[i1], b[i2], b[i3])
+//   unpackLo / unpackHi     (a0, b0, a1, b1) / (a2, b2, a3, b3)
+//   moveLowHalves           (a0, a1, b0, b1)
+//   moveHighHalves          (a2, a3, b2, b3)
+//   broadcast, zero4f
+//
+// Both back ends give the same bytes: each lane is one IEEE operation of the
+// element type with round-to-nearest, and no operation is fused.
+#pragma once
+
+#include <cfloat>
+
+static_assert(FLT_EVAL_METHOD == 0, "kernels need every operation rounded to its own type");
+
+#if defined(__FP_FAST_FMA) || defined(__FAST_MATH__)
+#error "build without fast-math and without fused multiply-add contraction"
+#endif
+
+#define TVKG_INLINE inline __attribute__((always_inline))
+
+#if defined(TVKGEN_PORTABLE)
+#include "vec_portable.h"
+#else
+#include "vec_sse2.h"
+#endif
+
+namespace tvkgen::simd {
+
+// Load/store policies of the two bodies of a kernel. The unaligned twin of a
+// 64fc kernel moves each element as two 64-bit halves; a 32fc twin uses
+// unaligned 128-bit moves.
+struct AlignedAccess {
+    static TVKG_INLINE V2d load(const double* p) { return simd::load(p); }
+    static TVKG_INLINE void store(double* p, V2d v) { simd::store(p, v); }
+    static TVKG_INLINE V4f load(const float* p) { return simd::load(p); }
+    static TVKG_INLINE void store(float* p, V4f v) { simd::store(p, v); }
+};
+
+struct UnalignedAccess {
+    static TVKG_INLINE V2d load(const double* p) { return simd::loadHalves(p); }
+    static TVKG_INLINE void store(double* p, V2d v) { simd::storeHalves(p, v); }
+    static TVKG_INLINE V4f load(const float* p) { return simd::loadu(p); }
+    static TVKG_INLINE void store(float* p, V4f v) { simd::storeu(p, v); }
+};
+
+} // namespace tvkgen::simd

@@ -1,0 +1,49 @@
+// SSE2 back end of the vector layer.
+#pragma once
+
+#include <emmintrin.h>
+
+namespace tvkgen::simd {
+
+using V4f = __m128;
+using V2d = __m128d;
+
+TVKG_INLINE V4f load(const float* p) { return _mm_load_ps(p); }
+TVKG_INLINE V4f loadu(const float* p) { return _mm_loadu_ps(p); }
+TVKG_INLINE void store(float* p, V4f v) { _mm_store_ps(p, v); }
+TVKG_INLINE void storeu(float* p, V4f v) { _mm_storeu_ps(p, v); }
+
+TVKG_INLINE V2d load(const double* p) { return _mm_load_pd(p); }
+TVKG_INLINE void store(double* p, V2d v) { _mm_store_pd(p, v); }
+TVKG_INLINE V2d loadHalves(const double* p) { return _mm_loadh_pd(_mm_load_sd(p), p + 1); }
+TVKG_INLINE void storeHalves(double* p, V2d v)
+{
+    _mm_storel_pd(p, v);
+    _mm_storeh_pd(p + 1, v);
+}
+
+TVKG_INLINE V4f add(V4f a, V4f b) { return _mm_add_ps(a, b); }
+TVKG_INLINE V4f sub(V4f a, V4f b) { return _mm_sub_ps(a, b); }
+TVKG_INLINE V4f mul(V4f a, V4f b) { return _mm_mul_ps(a, b); }
+TVKG_INLINE V4f bitXor(V4f a, V4f b) { return _mm_xor_ps(a, b); }
+TVKG_INLINE V2d add(V2d a, V2d b) { return _mm_add_pd(a, b); }
+TVKG_INLINE V2d sub(V2d a, V2d b) { return _mm_sub_pd(a, b); }
+TVKG_INLINE V2d mul(V2d a, V2d b) { return _mm_mul_pd(a, b); }
+TVKG_INLINE V2d bitXor(V2d a, V2d b) { return _mm_xor_pd(a, b); }
+
+TVKG_INLINE V2d swapLanes(V2d a) { return _mm_shuffle_pd(a, a, 1); }
+
+template <int i0, int i1, int i2, int i3>
+TVKG_INLINE V4f shuffle(V4f a, V4f b)
+{
+    return _mm_shuffle_ps(a, b, _MM_SHUFFLE(i3, i2, i1, i0));
+}
+TVKG_INLINE V4f unpackLo(V4f a, V4f b) { return _mm_unpacklo_ps(a, b); }
+TVKG_INLINE V4f unpackHi(V4f a, V4f b) { return _mm_unpackhi_ps(a, b); }
+TVKG_INLINE V4f moveLowHalves(V4f a, V4f b) { return _mm_movelh_ps(a, b); }
+TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return _mm_movehl_ps(b, a); }
+
+TVKG_INLINE V4f broadcast(float x) { return _mm_set1_ps(x); }
+TVKG_INLINE V4f zero4f() { return _mm_setzero_ps(); }
+
+} // namespace tvkgen::simd

@@ -1,0 +1,159 @@
+/*
+ * tvkgen: straight-line transforms of short vectors.
+ *
+ * Every function returns a status (TvkStatus). Transform kernels take the
+ * source array, the destination array and a scale flag; the size dispatchers
+ * take the length between them. Arrays are contiguous; complex arrays hold
+ * interleaved (real, imaginary) pairs. src may equal dst.
+ *
+ * Valid C99 and C++.
+ */
+#ifndef TVKGEN_H
+#define TVKGEN_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Marks the library's exported functions; the library is built with hidden
+ * visibility, so nothing else leaves it. */
+#if defined(__GNUC__)
+#define TVKG_API __attribute__((visibility("default")))
+#else
+#define TVKG_API
+#endif
+
+/* ---- Element types --------------------------------------------------- */
+
+typedef float Tvk32f;
+typedef double Tvk64f;
+typedef struct Tvk32fc { float re; float im; } Tvk32fc;
+typedef struct Tvk64fc { double re; double im; } Tvk64fc;
+
+/* ---- Status ------------------------------------------------------------ */
+
+typedef int32_t TvkStatus;
+
+enum TvkStatusValue {
+    StatusOk = 0,
+    StatusBadArgument = -5,    /* a DCT-IV plan with a damaged kind field */
+    StatusSizeError = -6,      /* length or order out of the family's range */
+    StatusNullPointer = -8,    /* a required pointer is null */
+    StatusScaleFlagError = -16 /* flag is none of 1, 2, 4, 8 */
+};
+
+/* ---- Scale flag: one whole value, not a bit mask ------------------------ */
+
+typedef enum ScaleFlags {
+    ScaleDivForwardByN = 1,
+    ScaleDivInverseByN = 2,
+    ScaleDivBySqrtN = 4,
+    ScaleNoDivide = 8
+} ScaleFlags;
+
+/* ---- Version record ------------------------------------------------------ */
+
+typedef struct LibVersion {
+    int32_t versionMajor;
+    int32_t versionMinor;
+    int32_t buildSeries;
+    int32_t buildNumber;
+    char cpuCode[4];
+    const char* fileName;
+    const char* versionText;
+    const char* buildDateText;
+} LibVersion;
+
+TVKG_API const LibVersion* tvkgenGetLibVersion(void);
+
+/* ---- Opaque DCT-IV plans ------------------------------------------------- */
+
+typedef struct TvkgDCT4Plan_32f TvkgDCT4Plan_32f;
+typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
+
+/* ---- Prototypes ----------------------------------------------------------
+ * Kernel names carry their size: tvkgDFTFwd_CToC_16_64fc, tvkgWHT_13_32f.
+ * The same name without the size is the dispatcher, which takes `len`
+ * (2..64) or `order` (1..13) after dst. The lists below are expanded once
+ * and then undefined again. */
+
+#define TVKG_SIZES_2_64(X, a, b) \
+    X(a, b, 2) X(a, b, 3) X(a, b, 4) X(a, b, 5) X(a, b, 6) X(a, b, 7) X(a, b, 8) X(a, b, 9) \
+    X(a, b, 10) X(a, b, 11) X(a, b, 12) X(a, b, 13) X(a, b, 14) X(a, b, 15) X(a, b, 16)     \
+    X(a, b, 17) X(a, b, 18) X(a, b, 19) X(a, b, 20) X(a, b, 21) X(a, b, 22) X(a, b, 23)     \
+    X(a, b, 24) X(a, b, 25) X(a, b, 26) X(a, b, 27) X(a, b, 28) X(a, b, 29) X(a, b, 30)     \
+    X(a, b, 31) X(a, b, 32) X(a, b, 33) X(a, b, 34) X(a, b, 35) X(a, b, 36) X(a, b, 37)     \
+    X(a, b, 38) X(a, b, 39) X(a, b, 40) X(a, b, 41) X(a, b, 42) X(a, b, 43) X(a, b, 44)     \
+    X(a, b, 45) X(a, b, 46) X(a, b, 47) X(a, b, 48) X(a, b, 49) X(a, b, 50) X(a, b, 51)     \
+    X(a, b, 52) X(a, b, 53) X(a, b, 54) X(a, b, 55) X(a, b, 56) X(a, b, 57) X(a, b, 58)     \
+    X(a, b, 59) X(a, b, 60) X(a, b, 61) X(a, b, 62) X(a, b, 63) X(a, b, 64)
+
+#define TVKG_ORDERS_1_13(X, t) \
+    X(t, 1) X(t, 2) X(t, 3) X(t, 4) X(t, 5) X(t, 6) X(t, 7) X(t, 8) X(t, 9) X(t, 10) X(t, 11) X(t, 12) X(t, 13)
+
+/* name##_N_t(src, dst, flag) and its dispatcher name##_t(src, dst, len, flag) */
+#define TVKG_KERNEL(name, t, n) \
+    TVKG_API TvkStatus name##_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag);
+#define TVKG_FAMILY(name, t)                                                        \
+    TVKG_SIZES_2_64(TVKG_KERNEL, name, t)                                           \
+    TVKG_API TvkStatus name##_##t(const Tvk##t* src, Tvk##t* dst, int len, int flag);
+
+TVKG_FAMILY(tvkgDFTFwd_CToC, 32fc)
+TVKG_FAMILY(tvkgDFTFwd_CToC, 64fc)
+TVKG_FAMILY(tvkgDFTInv_CToC, 32fc)
+TVKG_FAMILY(tvkgDFTInv_CToC, 64fc)
+
+/* Real forward kernels write a packed spectrum of float/double cells. */
+TVKG_FAMILY(tvkgDFTFwd_RToCCS, 32f)
+TVKG_FAMILY(tvkgDFTFwd_RToCCS, 64f)
+TVKG_FAMILY(tvkgDFTFwd_RToPack, 32f)
+TVKG_FAMILY(tvkgDFTFwd_RToPack, 64f)
+TVKG_FAMILY(tvkgDFTFwd_RToPerm, 32f)
+TVKG_FAMILY(tvkgDFTFwd_RToPerm, 64f)
+TVKG_FAMILY(tvkgDFTInv_CCSToR, 32f)
+TVKG_FAMILY(tvkgDFTInv_CCSToR, 64f)
+TVKG_FAMILY(tvkgDFTInv_PackToR, 32f)
+TVKG_FAMILY(tvkgDFTInv_PackToR, 64f)
+TVKG_FAMILY(tvkgDFTInv_PermToR, 32f)
+TVKG_FAMILY(tvkgDFTInv_PermToR, 64f)
+
+TVKG_FAMILY(tvkgHartley, 32f)
+TVKG_FAMILY(tvkgHartley, 64f)
+
+/* Walsh-Hadamard: orders 1..13 (2..8192 points). `buffer` is the work buffer
+ * of orders 8..13 (16-byte aligned, size from tvkgWHTGetBufferSize_*); a null
+ * buffer makes the kernel allocate its own for the call. */
+#define TVKG_WHT_KERNEL(t, n) \
+    TVKG_API TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer);
+TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 32f)
+TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 64f)
+TVKG_API TvkStatus tvkgWHT_32f(const Tvk32f* src, Tvk32f* dst, int order, int flag, uint8_t* buffer);
+TVKG_API TvkStatus tvkgWHT_64f(const Tvk64f* src, Tvk64f* dst, int order, int flag, uint8_t* buffer);
+TVKG_API TvkStatus tvkgWHTGetBufferSize_32f(int order, int32_t* pSize);
+TVKG_API TvkStatus tvkgWHTGetBufferSize_64f(int order, int32_t* pSize);
+
+/* DCT-IV plans for power-of-two lengths. */
+TVKG_API TvkStatus tvkgDCT4GetSize_32f(int len, int32_t* size);
+TVKG_API TvkStatus tvkgDCT4Init_32f(TvkgDCT4Plan_32f** plan, int len, uint8_t* mem);
+TVKG_API TvkStatus tvkgDCT4InitAlloc_32f(TvkgDCT4Plan_32f** plan, int len);
+TVKG_API TvkStatus tvkgDCT4_32f(const Tvk32f* src, Tvk32f* dst, const TvkgDCT4Plan_32f* plan);
+TVKG_API TvkStatus tvkgDCT4Free_32f(TvkgDCT4Plan_32f* plan);
+TVKG_API TvkStatus tvkgDCT4GetSize_64f(int len, int32_t* size);
+TVKG_API TvkStatus tvkgDCT4Init_64f(TvkgDCT4Plan_64f** plan, int len, uint8_t* mem);
+TVKG_API TvkStatus tvkgDCT4InitAlloc_64f(TvkgDCT4Plan_64f** plan, int len);
+TVKG_API TvkStatus tvkgDCT4_64f(const Tvk64f* src, Tvk64f* dst, const TvkgDCT4Plan_64f* plan);
+TVKG_API TvkStatus tvkgDCT4Free_64f(TvkgDCT4Plan_64f* plan);
+
+#undef TVKG_FAMILY
+#undef TVKG_KERNEL
+#undef TVKG_WHT_KERNEL
+#undef TVKG_ORDERS_1_13
+#undef TVKG_SIZES_2_64
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* TVKGEN_H */

@@ -1,0 +1,187 @@
+#include "complex_arith.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace kernelgen {
+
+namespace {
+
+Exact magnitude(Exact x) { return x < 0 ? -x : x; }
+
+// a*sign(a) + b*sign(b) as one addition or subtraction and a pending sign.
+Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
+{
+    negOut = negA && negB;
+    if (negA == negB)
+        return g.add(a, b);
+    return negB ? g.sub(a, b) : g.sub(b, a);
+}
+
+// W_n^e with the exponent reduced into 0..n-1, for the trivial cases.
+int reduceExponent(int n, int e) { return ((e % n) + n) % n; }
+
+} // namespace
+
+// ---- PairArith: one complex number per binary64 vector ----------------------
+
+Cx PairArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }
+
+void PairArith::storeScaled(Cx x, int element, Graph::Value scale)
+{
+    graph_.store(graph_.mul(materialize(x), scale), 2 * element);
+}
+
+Graph::Value PairArith::materialize(Cx a)
+{
+    if (!a.negRe && !a.negIm)
+        return a.re;
+    const char* name = a.negRe && a.negIm ? "kNegateBoth" : a.negRe ? "kNegateLow" : "kNegateHigh";
+    return graph_.bitXor(a.re, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
+}
+
+Cx PairArith::add(Cx a, Cx b)
+{
+    if (a.negRe != a.negIm)
+        a = Cx{materialize(a)};
+    if (b.negRe != b.negIm)
+        b = Cx{materialize(b)};
+    bool neg = false;
+    const Graph::Value v = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, neg);
+    return Cx{v, -1, neg, neg};
+}
+
+Cx PairArith::mulReal(Cx a, Trig c)
+{
+    const Exact value = c.value();
+    const Exact m = magnitude(value);
+    const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), Kind::V2F64, {m, m});
+    Cx r{graph_.mul(a.re, k), -1, a.negRe, a.negIm};
+    if (value < 0)
+        r = neg(r);
+    return r;
+}
+
+// (re, im) * i = (-im, re): swap the lanes, flip the new low lane.
+Cx PairArith::timesI(Cx a)
+{
+    const bool whole = a.negRe && a.negIm;
+    const Graph::Value v = whole ? a.re : materialize(a);
+    const Graph::Value swapped = graph_.shuffle("swapLanes", v);
+    return Cx{graph_.bitXor(swapped, graph_.signMask("kNegateLow", Kind::V2F64, {true, false})), -1, whole, whole};
+}
+
+Cx PairArith::timesW4(Cx a)
+{
+    return direction_ == Direction::Forward ? neg(timesI(a)) : timesI(a);
+}
+
+Cx PairArith::rotate(Cx a, int n, int e)
+{
+    const int r = reduceExponent(n, exponentSign() * e);
+    if (r == 0)
+        return a;
+    if (2 * r == n)
+        return neg(a);
+    if (4 * r == n)
+        return timesI(a);
+    if (4 * r == 3 * n)
+        return neg(timesI(a));
+    const Exact c = cosTurn(r, n);
+    const Exact s = sinTurn(r, n);
+    if ((8 * r) % n == 0) {
+        // W = |c| * (+-1 +- i): one sum of a and i*a, then one product.
+        Cx t = add(c < 0 ? neg(a) : a, s < 0 ? neg(timesI(a)) : timesI(a));
+        return mulReal(t, Trig{false, 1, 8});
+    }
+    // a * (c + i*s) = |c|*a*sign(c) + swap(a) * (-s, s)
+    const Cx p = mulReal(a, Trig{false, r, n});
+    const std::string sinName = trigMagnitudeName(true, r, n) + (s > 0 ? "NegPos" : "PosNeg");
+    const Graph::Value pattern = graph_.constant(sinName, Kind::V2F64, {-s, s});
+    const Cx q{graph_.mul(graph_.shuffle("swapLanes", materialize(a)), pattern)};
+    return add(p, q);
+}
+
+// ---- SplitArith: real and imaginary parts apart ------------------------------
+
+Graph::Value SplitArith::part(Graph::Value v, bool negative)
+{
+    if (!negative)
+        return v;
+    const Kind kind = graph_.kind(v);
+    if (!isVector(kind))
+        return graph_.neg(v);
+    return graph_.bitXor(v, graph_.signMask("kNegateAll", kind, std::vector<bool>(laneCount(kind), true)));
+}
+
+Cx SplitArith::materialize(Cx a) { return Cx{part(a.re, a.negRe), part(a.im, a.negIm)}; }
+
+Cx SplitArith::add(Cx a, Cx b)
+{
+    Cx r;
+    r.re = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, r.negRe);
+    r.im = signedSum(graph_, a.im, a.negIm, b.im, b.negIm, r.negIm);
+    return r;
+}
+
+Cx SplitArith::mulReal(Cx a, Trig c)
+{
+    const Exact value = c.value();
+    const Kind kind = graph_.kind(a.re);
+    const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), kind,
+                                           std::vector<Exact>(laneCount(kind), magnitude(value)));
+    Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+    return value < 0 ? neg(r) : r;
+}
+
+// -i*(re, im) = (im, -re); +i*(re, im) = (-im, re): only names and signs move.
+Cx SplitArith::timesW4(Cx a)
+{
+    if (direction_ == Direction::Forward)
+        return Cx{a.im, a.re, a.negIm, !a.negRe};
+    return Cx{a.im, a.re, !a.negIm, a.negRe};
+}
+
+Cx SplitArith::rotate(Cx a, int n, int e)
+{
+    const int r = reduceExponent(n, exponentSign() * e);
+    if (r == 0)
+        return a;
+    if (2 * r == n)
+        return neg(a);
+    return rotateLanes(a, n, {e, e, e, e}, "kW" + std::to_string(n) + "Pow" + std::to_string(e));
+}
+
+Cx SplitArith::rotateLanes(Cx y, int n, std::array<int, 4> exponents, const std::string& name)
+{
+    if (kind_ != Kind::V4F32)
+        throw std::logic_error("lane twiddles need four-lane vectors");
+    std::vector<Exact> cosLanes, sinLanes;
+    for (int e : exponents) {
+        cosLanes.push_back(cosTurn(exponentSign() * e, n));
+        sinLanes.push_back(sinTurn(exponentSign() * e, n));
+    }
+    const Graph::Value a = graph_.constant(name + "Re", kind_, cosLanes);
+    const Graph::Value b = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
+                                           sinLanes);
+    y = materialize(y);
+    const Graph::Value re = graph_.sub(graph_.mul(y.re, a), graph_.mul(y.im, b));
+    const Graph::Value im = graph_.add(graph_.mul(y.re, b), graph_.mul(y.im, a));
+    return Cx{re, im};
+}
+
+Cx SplitArith::widen(Cx a)
+{
+    if (!doubleRule_)
+        return a;
+    return Cx{graph_.widen(a.re), graph_.widen(a.im), a.negRe, a.negIm};
+}
+
+Cx SplitArith::narrow(Cx a)
+{
+    if (!doubleRule_)
+        return a;
+    return Cx{graph_.narrow(a.re), graph_.narrow(a.im), a.negRe, a.negIm};
+}
+
+} // namespace kernelgen

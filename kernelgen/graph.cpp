@@ -1,0 +1,117 @@
+#include "graph.h"
+
+#include <stdexcept>
+
+namespace kernelgen {
+
+int laneCount(Kind kind)
+{
+    switch (kind) {
+    case Kind::V4F32: return 4;
+    case Kind::V2F64: return 2;
+    default: return 1;
+    }
+}
+
+bool isVector(Kind kind) { return laneCount(kind) > 1; }
+bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32; }
+
+Graph::Value Graph::push(Node node)
+{
+    nodes_.push_back(std::move(node));
+    return static_cast<Value>(nodes_.size() - 1);
+}
+
+Graph::Value Graph::binary(Op op, Value a, Value b)
+{
+    if (nodes_[a].kind != nodes_[b].kind)
+        throw std::logic_error("operands of different types");
+    return push(Node{op, nodes_[a].kind, a, b});
+}
+
+Graph::Value Graph::load(Kind kind, int offset)
+{
+    Node node{Op::Load, kind};
+    node.offset = offset;
+    return push(node);
+}
+
+void Graph::store(Value v, int offset)
+{
+    Node node{Op::Store, nodes_[v].kind, v};
+    node.offset = offset;
+    push(node);
+}
+
+Graph::Value Graph::constant(const std::string& name, Kind kind, std::vector<Exact> lanes)
+{
+    // One node per constant, so that each is loaded once.
+    for (size_t i = 0; i < nodes_.size(); ++i)
+        if (nodes_[i].op == Op::Constant && constants_[nodes_[i].constant].name == name)
+            return static_cast<Value>(i);
+    constants_.push_back({name, kind, std::move(lanes)});
+    const int index = static_cast<int>(constants_.size() - 1);
+    Node node{Op::Constant, kind};
+    node.constant = index;
+    return push(node);
+}
+
+Graph::Value Graph::signMask(const std::string& name, Kind kind, std::vector<bool> negativeLanes)
+{
+    std::vector<Exact> lanes;
+    for (bool negative : negativeLanes)
+        lanes.push_back(negative ? -Exact(0) : Exact(0));
+    const Value v = constant(name, kind, lanes);
+    constants_[nodes_[v].constant].signMask = true;
+    return v;
+}
+
+Graph::Value Graph::scaleArg(Kind kind) { return push(Node{Op::ScaleArg, kind}); }
+
+Graph::Value Graph::shuffle(const std::string& pattern, Value a, Value b)
+{
+    Node node{Op::Shuffle, nodes_[a].kind, a, b};
+    node.pattern = pattern;
+    return push(node);
+}
+
+Graph::Value Graph::neg(Value a) { return push(Node{Op::Neg, nodes_[a].kind, a}); }
+Graph::Value Graph::widen(Value a) { return push(Node{Op::Widen, Kind::F64, a}); }
+Graph::Value Graph::narrow(Value a) { return push(Node{Op::Narrow, Kind::F32, a}); }
+
+std::vector<bool> Graph::liveNodes() const
+{
+    std::vector<bool> live(nodes_.size(), false);
+    for (size_t i = nodes_.size(); i-- > 0;) {
+        const Node& node = nodes_[i];
+        if (node.op == Op::Store)
+            live[i] = true;
+        if (!live[i])
+            continue;
+        if (node.a >= 0)
+            live[node.a] = true;
+        if (node.b >= 0)
+            live[node.b] = true;
+    }
+    return live;
+}
+
+OpCounts Graph::countOps() const
+{
+    OpCounts counts;
+    const std::vector<bool> live = liveNodes();
+    for (size_t i = 0; i < nodes_.size(); ++i) {
+        if (!live[i])
+            continue;
+        const Node& node = nodes_[i];
+        if (node.op == Op::Add || node.op == Op::Sub)
+            ++counts.addSub;
+        else if (node.op == Op::Mul && nodes_[node.b].op == Op::ScaleArg)
+            ++counts.scaleMul;
+        else if (node.op == Op::Mul)
+            ++counts.mul;
+    }
+    return counts;
+}
+
+} // namespace kernelgen

@@ -1,0 +1,96 @@
+// The expression graph of one kernel: typed values (scalar or 128-bit
+// vector, binary32 or binary64) and the operations between them, in the
+// order in which a method builder created them. That order is the order of
+// evaluation, so every rounding stands where the builder put it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "exact.h"
+
+namespace kernelgen {
+
+// The type of a value, which is also the rounding type of the operation
+// producing it.
+enum class Kind { F32, F64, V4F32, V2F64 };
+
+int laneCount(Kind kind);
+bool isVector(Kind kind);
+bool isSingle(Kind kind); // binary32 lanes
+
+enum class Op {
+    Load,      // element `offset` (in numbers) of src
+    Store,     // a -> dst at `offset`; produces no value
+    Constant,  // a named compiled-in constant
+    ScaleArg,  // the kernel's scale factor, chosen by the flag
+    Add,
+    Sub,
+    Mul,
+    Xor,       // sign flips of vector lanes by a mask constant
+    Neg,       // sign flip of a scalar
+    Shuffle,   // a named lane pattern of the vector layer
+    Widen,     // binary32 -> binary64, exact
+    Narrow,    // binary64 -> binary32, one rounding
+};
+
+struct Node {
+    Node(Op op, Kind kind, int a = -1, int b = -1) : op(op), kind(kind), a(a), b(b) {}
+    Op op;
+    Kind kind;
+    int a;
+    int b;
+    int offset = 0;       // Load / Store
+    int constant = -1;    // Constant
+    std::string pattern;  // Shuffle: the vector-layer call, e.g. "unpackLo"
+};
+
+struct ConstantDef {
+    std::string name;
+    Kind kind;
+    std::vector<Exact> lanes; // one value per lane (sign masks hold -0.0 / 0.0)
+    bool signMask = false;
+};
+
+// Operation counts of a kernel. Vector operations count once each, whatever
+// the lane count; products by the scale factor are counted apart.
+struct OpCounts {
+    int addSub = 0;
+    int mul = 0;
+    int scaleMul = 0;
+};
+
+class Graph {
+public:
+    using Value = int;
+
+    Value load(Kind kind, int offset);
+    void store(Value v, int offset);
+    Value constant(const std::string& name, Kind kind, std::vector<Exact> lanes);
+    Value signMask(const std::string& name, Kind kind, std::vector<bool> negativeLanes);
+    Value scaleArg(Kind kind);
+    Value add(Value a, Value b) { return binary(Op::Add, a, b); }
+    Value sub(Value a, Value b) { return binary(Op::Sub, a, b); }
+    Value mul(Value a, Value b) { return binary(Op::Mul, a, b); }
+    Value bitXor(Value a, Value b) { return binary(Op::Xor, a, b); }
+    Value neg(Value a);
+    Value shuffle(const std::string& pattern, Value a, Value b = -1);
+    Value widen(Value a);
+    Value narrow(Value a);
+
+    Kind kind(Value v) const { return nodes_[v].kind; }
+    const std::vector<Node>& nodes() const { return nodes_; }
+    const std::vector<ConstantDef>& constants() const { return constants_; }
+
+    // Which nodes reach a store; the printer drops the rest.
+    std::vector<bool> liveNodes() const;
+    OpCounts countOps() const;
+
+private:
+    Value push(Node node);
+    Value binary(Op op, Value a, Value b);
+    std::vector<Node> nodes_;
+    std::vector<ConstantDef> constants_;
+};
+
+} // namespace kernelgen

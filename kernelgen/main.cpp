@@ -1,0 +1,71 @@
+// kernelgen: prints the straight-line kernels of the library.
+//
+//   kernelgen dft-complex <32fc|64fc> <size> <out.cpp>
+//   kernelgen dft-complex-dispatch <out.cpp>
+//   kernelgen dft-complex-counts <out.h>
+//
+// Output is deterministic; a file whose content would not change is left
+// untouched so that the build does not recompile it.
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "print_cpp.h"
+
+namespace {
+
+void writeIfChanged(const std::string& path, const std::string& text)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (in) {
+        std::ostringstream old;
+        old << in.rdbuf();
+        if (old.str() == text)
+            return;
+    }
+    std::ofstream out(path, std::ios::binary);
+    out << text;
+    if (!out)
+        throw std::runtime_error("cannot write " + path);
+}
+
+int usage()
+{
+    std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> <out.cpp>\n"
+                 "       kernelgen dft-complex-dispatch <out.cpp>\n"
+                 "       kernelgen dft-complex-counts <out.h>\n";
+    return 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    using namespace kernelgen;
+    try {
+        const std::string command = argc > 1 ? argv[1] : "";
+        if (command == "dft-complex" && argc == 5) {
+            const std::string type = argv[2];
+            if (type != "32fc" && type != "64fc")
+                return usage();
+            const std::string invocation = "dft-complex " + type + " " + argv[3];
+            writeIfChanged(argv[4], printComplexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64,
+                                                         std::stoi(argv[3]), invocation));
+            return 0;
+        }
+        if (command == "dft-complex-dispatch" && argc == 3) {
+            writeIfChanged(argv[2], printComplexDispatchFile(command));
+            return 0;
+        }
+        if (command == "dft-complex-counts" && argc == 3) {
+            writeIfChanged(argv[2], printComplexCountsHeader(command));
+            return 0;
+        }
+        return usage();
+    } catch (const std::exception& e) {
+        std::cerr << "kernelgen: " << e.what() << "\n";
+        return 1;
+    }
+}

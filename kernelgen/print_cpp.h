@@ -1,0 +1,22 @@
+// The C++ printer: turns kernel graphs into straight-line code over the
+// vector layer, one struct per kernel, with its body written once as a
+// template over the load/store policy.
+#pragma once
+
+#include <string>
+
+#include "dft_complex.h"
+
+namespace kernelgen {
+
+// Forward and inverse kernels of one size and type, with their exported
+// entry points.
+std::string printComplexSizeFile(ComplexType type, int size, const std::string& invocation);
+
+// The four complex size dispatchers over the sizes built.
+std::string printComplexDispatchFile(const std::string& invocation);
+
+// Operation counts of every complex kernel, as a table for the tests.
+std::string printComplexCountsHeader(const std::string& invocation);
+
+} // namespace kernelgen
