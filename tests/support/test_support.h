@@ -1,0 +1,64 @@
+// Helpers shared by the test programs: arrays at chosen byte offsets from a
+// 16-byte boundary, sentinel fills, bit comparison and seeded random data.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace tvktest {
+
+// Bad flag values: whole values other than 1, 2, 4, 8, including would-be
+// bit-mask combinations.
+inline constexpr int kBadFlags[] = {0, 3, 5, 6, 7, 9, 10, 12, 16, 264, -1, 2147483647};
+inline constexpr int kGoodFlags[] = {1, 2, 4, 8};
+
+// Byte offsets from a 16-byte boundary that the alignment tests use.
+inline constexpr int kOffsets[] = {0, 4, 8, 1};
+
+// `count` elements of T placed `offset` bytes past a 16-byte boundary, with a
+// guard region behind them.
+template <class T>
+class OffsetArray {
+public:
+    OffsetArray(std::size_t count, int offset) : count_(count), storage_(count * sizeof(T) + offset + 64 + 16)
+    {
+        auto base = reinterpret_cast<std::uintptr_t>(storage_.data());
+        base = (base + 15) & ~std::uintptr_t{15};
+        data_ = reinterpret_cast<unsigned char*>(base) + offset;
+    }
+    T* get() { return reinterpret_cast<T*>(data_); }
+    std::size_t bytes() const { return count_ * sizeof(T); }
+    void fillBytes(unsigned char value) { std::memset(data_, value, bytes() + 32); }
+    void copyFrom(const void* src) { std::memcpy(data_, src, bytes()); }
+    std::vector<unsigned char> snapshot(std::size_t extra = 0) const
+    {
+        return std::vector<unsigned char>(data_, data_ + bytes() + extra);
+    }
+
+private:
+    std::size_t count_;
+    std::vector<unsigned char> storage_;
+    unsigned char* data_;
+};
+
+template <class T>
+bool sameBits(const T* a, const T* b, std::size_t count)
+{
+    return std::memcmp(a, b, count * sizeof(T)) == 0;
+}
+
+template <class T>
+std::vector<T> randomReals(std::size_t count, unsigned seed, T lo = -1, T hi = 1)
+{
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> dist(lo, hi);
+    std::vector<T> v(count);
+    for (T& x : v)
+        x = static_cast<T>(dist(rng));
+    return v;
+}
+
+} // namespace tvktest
