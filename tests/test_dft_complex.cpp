@@ -1,0 +1,257 @@
+// Properties every complex kernel must have, expanded over all kernels of
+// the build (type, size, direction), flags and alignments.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "complex_kernels.h"
+#include "test_support.h"
+
+using namespace tvktest;
+
+namespace {
+
+// Interleaved random data of the kernel's element type, as bytes.
+std::vector<unsigned char> randomInput(const ComplexKernel& k, unsigned seed)
+{
+    std::vector<unsigned char> bytes(2 * k.size * k.realBytes());
+    if (k.is64()) {
+        const auto v = randomReals<double>(2 * k.size, seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    } else {
+        const auto v = randomReals<float>(2 * k.size, seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    }
+    return bytes;
+}
+
+class ComplexKernelTest : public ::testing::TestWithParam<ComplexKernel> {
+protected:
+    const ComplexKernel& k = GetParam();
+    size_t bytes() const { return 2 * k.size * k.realBytes(); }
+};
+
+TEST_P(ComplexKernelTest, IsExported)
+{
+    EXPECT_NE(k.fn, nullptr) << k.name();
+}
+
+TEST_P(ComplexKernelTest, BadFlagsAndNullPointersLeaveArraysUntouched)
+{
+    const auto input = randomInput(k, 1);
+    OffsetArray<unsigned char> src(bytes(), 0), dst(bytes(), 0);
+    src.copyFrom(input.data());
+    dst.fillBytes(0xA5);
+    const auto dstBefore = dst.snapshot(32);
+    for (int flag : kBadFlags) {
+        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
+        // A null pointer outranks a bad flag, also beside a misaligned other pointer.
+        EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
+        EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
+        EXPECT_EQ(k.run(nullptr, dst.get() + 4, flag), StatusNullPointer);
+        EXPECT_EQ(k.run(src.get() + 8, nullptr, flag), StatusNullPointer);
+    }
+    EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
+    EXPECT_EQ(k.run(nullptr, dst.get(), ScaleNoDivide), StatusNullPointer);
+    EXPECT_EQ(dst.snapshot(32), dstBefore);
+    EXPECT_EQ(0, std::memcmp(src.get(), input.data(), bytes()));
+}
+
+TEST_P(ComplexKernelTest, DispatcherRoutesToTheKernel)
+{
+    const auto input = randomInput(k, 2);
+    std::vector<unsigned char> viaKernel(bytes()), viaDispatcher(bytes());
+    ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
+    ASSERT_EQ(runDispatcher(k, input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
+    EXPECT_EQ(viaKernel, viaDispatcher);
+    std::vector<unsigned char> untouched(bytes(), 0x5A), dst = untouched;
+    EXPECT_EQ(runDispatcher(k, input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
+    EXPECT_EQ(runDispatcher(k, nullptr, dst.data(), k.size, 3), StatusNullPointer);
+    EXPECT_EQ(dst, untouched);
+}
+
+// Every alignment of src and dst, and in-place calls, give the bytes of the
+// aligned out-of-place call, for every flag.
+TEST_P(ComplexKernelTest, SameBytesAtEveryAlignmentAndInPlace)
+{
+    const auto input = randomInput(k, 3);
+    for (int flag : kGoodFlags) {
+        OffsetArray<unsigned char> refSrc(bytes(), 0), refDst(bytes(), 0);
+        refSrc.copyFrom(input.data());
+        ASSERT_EQ(k.run(refSrc.get(), refDst.get(), flag), StatusOk);
+        const auto reference = refDst.snapshot();
+        for (int srcOffset : kOffsets)
+            for (int dstOffset : kOffsets) {
+                OffsetArray<unsigned char> src(bytes(), srcOffset), dst(bytes(), dstOffset);
+                src.copyFrom(input.data());
+                dst.fillBytes(0xEE);
+                const auto guard = dst.snapshot(32);
+                ASSERT_EQ(k.run(src.get(), dst.get(), flag), StatusOk);
+                EXPECT_EQ(dst.snapshot(), reference) << "src +" << srcOffset << ", dst +" << dstOffset;
+                EXPECT_TRUE(std::equal(guard.begin() + bytes(), guard.end(), dst.snapshot(32).begin() + bytes()))
+                    << "wrote past the end";
+                EXPECT_EQ(0, std::memcmp(src.get(), input.data(), bytes())) << "src changed";
+            }
+        for (int offset : kOffsets) {
+            OffsetArray<unsigned char> inPlace(bytes(), offset);
+            inPlace.copyFrom(input.data());
+            ASSERT_EQ(k.run(inPlace.get(), inPlace.get(), flag), StatusOk);
+            EXPECT_EQ(inPlace.snapshot(), reference) << "in place at +" << offset;
+        }
+    }
+}
+
+// An impulse gives the bare scale constant in every bin, bit for bit.
+TEST_P(ComplexKernelTest, ImpulseGivesTheScaleConstant)
+{
+    std::vector<unsigned char> src(bytes(), 0), dst(bytes());
+    setElement(k, src.data(), 0, 1.0L);
+    for (int flag : kGoodFlags) {
+        ASSERT_EQ(k.run(src.data(), dst.data(), flag), StatusOk);
+        const double expected = expectedScale(k, flag);
+        for (int i = 0; i < k.size; ++i) {
+            const auto X = elementAt(k, dst.data(), i);
+            EXPECT_EQ(static_cast<double>(X.real()), expected) << "flag " << flag << " bin " << i;
+            EXPECT_EQ(static_cast<double>(X.imag()), 0.0) << "flag " << flag << " bin " << i;
+        }
+    }
+}
+
+// The factor is one last product: the result under any flag is the
+// unscaled result times the constant, rounded once.
+TEST_P(ComplexKernelTest, ScaleIsTheLastProduct)
+{
+    const auto input = randomInput(k, 4);
+    std::vector<unsigned char> unscaled(bytes()), scaled(bytes()), expected(bytes());
+    ASSERT_EQ(k.run(input.data(), unscaled.data(), ScaleNoDivide), StatusOk);
+    for (int flag : kGoodFlags) {
+        ASSERT_EQ(k.run(input.data(), scaled.data(), flag), StatusOk);
+        const double s = expectedScale(k, flag);
+        if (k.is64()) {
+            auto* u = reinterpret_cast<const double*>(unscaled.data());
+            auto* e = reinterpret_cast<double*>(expected.data());
+            for (int i = 0; i < 2 * k.size; ++i)
+                e[i] = u[i] * s;
+        } else {
+            auto* u = reinterpret_cast<const float*>(unscaled.data());
+            auto* e = reinterpret_cast<float*>(expected.data());
+            for (int i = 0; i < 2 * k.size; ++i)
+                e[i] = u[i] * static_cast<float>(s);
+        }
+        EXPECT_EQ(scaled, expected) << "flag " << flag;
+    }
+}
+
+// Largest absolute error against a long-double direct DFT for inputs in
+// [-1, 1] without scaling.
+TEST_P(ComplexKernelTest, AgreesWithDirectDft)
+{
+    const double bound = k.is64() ? (k.size <= 5 ? 1e-15 : 1e-14) : (k.size <= 5 ? 5e-7 : 2.5e-6);
+    double worst = 0;
+    for (unsigned seed = 10; seed < 30; ++seed) {
+        const auto input = randomInput(k, seed);
+        std::vector<unsigned char> dst(bytes());
+        ASSERT_EQ(k.run(input.data(), dst.data(), ScaleNoDivide), StatusOk);
+        std::vector<std::complex<long double>> x(k.size);
+        for (int i = 0; i < k.size; ++i)
+            x[i] = elementAt(k, input.data(), i);
+        const auto X = directDft(x, k.inverse);
+        for (int i = 0; i < k.size; ++i)
+            worst = std::max(worst, static_cast<double>(std::abs(elementAt(k, dst.data(), i) - X[i])));
+    }
+    EXPECT_LT(worst, bound);
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ::testing::ValuesIn(builtComplexKernels()),
+                         [](const auto& info) { return kernelLabel(info.param); });
+
+// Properties of a forward kernel and its inverse together.
+class ComplexPairTest : public ComplexKernelTest {};
+
+// The inverse equals the forward transform with real and imaginary parts
+// exchanged on the way in and out, bit for bit, except where the two
+// directions absorb a sign at different places.
+TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
+{
+    const ComplexKernel& fwd = k;
+    const ComplexKernel inverse = partner(k);
+    ASSERT_NE(inverse.fn, nullptr);
+    const bool exact = !(k.is64() && k.size == 11);
+    for (unsigned seed = 40; seed < 48; ++seed) {
+        const auto input = randomInput(k, seed);
+        std::vector<unsigned char> inv(bytes()), swapped(bytes()), out(bytes());
+        ASSERT_EQ(inverse.run(input.data(), inv.data(), ScaleNoDivide), StatusOk);
+        for (int i = 0; i < k.size; ++i) {
+            const auto v = elementAt(k, input.data(), i);
+            setElement(k, swapped.data(), i, {v.imag(), v.real()});
+        }
+        ASSERT_EQ(fwd.run(swapped.data(), out.data(), ScaleNoDivide), StatusOk);
+        for (int i = 0; i < k.size; ++i) {
+            const auto a = elementAt(k, inv.data(), i);
+            const auto b = elementAt(k, out.data(), i);
+            if (exact) {
+                EXPECT_EQ(a.real(), b.imag()) << "bin " << i;
+                EXPECT_EQ(a.imag(), b.real()) << "bin " << i;
+            } else {
+                EXPECT_NEAR(static_cast<double>(a.real()), static_cast<double>(b.imag()), 1e-14);
+                EXPECT_NEAR(static_cast<double>(a.imag()), static_cast<double>(b.real()), 1e-14);
+            }
+        }
+    }
+}
+
+// Forward then inverse under the same flag gives the input back (N times
+// the input under ScaleNoDivide).
+TEST_P(ComplexPairTest, RoundTripUnderEachFlag)
+{
+    const ComplexKernel inv = partner(k);
+    ASSERT_NE(inv.fn, nullptr);
+    const auto input = randomInput(k, 50);
+    const double tolerance = k.is64() ? 1e-14 : 2e-6;
+    for (int flag : kGoodFlags) {
+        std::vector<unsigned char> spectrum(bytes()), back(bytes());
+        ASSERT_EQ(k.run(input.data(), spectrum.data(), flag), StatusOk);
+        ASSERT_EQ(inv.run(spectrum.data(), back.data(), flag), StatusOk);
+        const long double gain = flag == ScaleNoDivide ? k.size : 1;
+        for (int i = 0; i < k.size; ++i)
+            EXPECT_LT(std::abs(elementAt(k, back.data(), i) - gain * elementAt(k, input.data(), i)),
+                      tolerance * gain)
+                << "flag " << flag << " element " << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest, ::testing::ValuesIn(builtForwardKernels()),
+                         [](const auto& info) { return kernelLabel(info.param); });
+
+TEST(ComplexDispatcher, SizeTestComesFirst)
+{
+    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX}) {
+        EXPECT_EQ(tvkgDFTFwd_CToC_32fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
+        EXPECT_EQ(tvkgDFTInv_CToC_32fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
+        EXPECT_EQ(tvkgDFTFwd_CToC_64fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
+        EXPECT_EQ(tvkgDFTInv_CToC_64fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
+    }
+}
+
+// Every size from 2 to 64 either has a kernel, reached through the
+// dispatcher, or answers StatusSizeError until its kernel is built.
+TEST(ComplexDispatcher, CoversExactlyTheBuiltSizes)
+{
+    const auto kernels = builtComplexKernels();
+    for (const char* type : {"32fc", "64fc"})
+        for (bool inverse : {false, true})
+            for (int len = 2; len <= 64; ++len) {
+                bool built = false;
+                ComplexKernel probe{type, len, inverse, true, {}, nullptr};
+                for (const auto& k : kernels)
+                    built |= k.type == type && k.size == len && k.inverse == inverse;
+                std::vector<double> src(2 * 64, 0.0), dst(2 * 64, 0.0);
+                const TvkStatus status = runDispatcher(probe, src.data(), dst.data(), len, ScaleNoDivide);
+                EXPECT_EQ(status, built ? StatusOk : StatusSizeError) << type << " " << len;
+            }
+}
+
+} // namespace

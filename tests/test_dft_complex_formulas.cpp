@@ -1,0 +1,259 @@
+// The written-out formulas of the small and size-8 kernels, evaluated here
+// in their order and precision, must give the kernels' bits exactly.
+#include <gtest/gtest.h>
+
+#include <complex>
+#include <vector>
+
+#include "test_support.h"
+#include "tvkgen.h"
+
+using namespace tvktest;
+
+namespace {
+
+template <class T>
+struct Cx {
+    T re, im;
+};
+template <class T> Cx<T> operator+(Cx<T> a, Cx<T> b) { return {a.re + b.re, a.im + b.im}; }
+template <class T> Cx<T> operator-(Cx<T> a, Cx<T> b) { return {a.re - b.re, a.im - b.im}; }
+template <class T> Cx<T> operator*(T c, Cx<T> a) { return {c * a.re, c * a.im}; }
+// Products by -i (forward) or +i (inverse): exact.
+template <class T> Cx<T> minusI(Cx<T> a) { return {a.im, -a.re}; }
+template <class T> Cx<T> plusI(Cx<T> a) { return {-a.im, a.re}; }
+
+template <class T>
+std::vector<Cx<T>> randomSignal(int n, unsigned seed)
+{
+    const auto v = randomReals<T>(2 * n, seed);
+    std::vector<Cx<T>> x(n);
+    for (int i = 0; i < n; ++i)
+        x[i] = {v[2 * i], v[2 * i + 1]};
+    return x;
+}
+
+template <class T>
+void expectBits(const std::vector<Cx<T>>& got, const std::vector<Cx<T>>& want)
+{
+    ASSERT_EQ(got.size(), want.size());
+    for (size_t k = 0; k < got.size(); ++k) {
+        EXPECT_TRUE(sameBits(&got[k].re, &want[k].re, 1)) << "re of bin " << k << ": " << got[k].re << " vs " << want[k].re;
+        EXPECT_TRUE(sameBits(&got[k].im, &want[k].im, 1)) << "im of bin " << k << ": " << got[k].im << " vs " << want[k].im;
+    }
+}
+
+template <class T>
+std::vector<Cx<T>> scaled(std::vector<Cx<T>> X, T s)
+{
+    for (auto& v : X)
+        v = s * v;
+    return X;
+}
+
+using Kernel32 = TvkStatus (*)(const Tvk32fc*, Tvk32fc*, int);
+using Kernel64 = TvkStatus (*)(const Tvk64fc*, Tvk64fc*, int);
+
+std::vector<Cx<float>> run(Kernel32 kernel, const std::vector<Cx<float>>& x, int flag)
+{
+    std::vector<Cx<float>> X(x.size());
+    EXPECT_EQ(kernel(reinterpret_cast<const Tvk32fc*>(x.data()), reinterpret_cast<Tvk32fc*>(X.data()), flag), StatusOk);
+    return X;
+}
+
+std::vector<Cx<double>> run(Kernel64 kernel, const std::vector<Cx<double>>& x, int flag)
+{
+    std::vector<Cx<double>> X(x.size());
+    EXPECT_EQ(kernel(reinterpret_cast<const Tvk64fc*>(x.data()), reinterpret_cast<Tvk64fc*>(X.data()), flag), StatusOk);
+    return X;
+}
+
+// ---- size 8, 64fc: the road with W8 on the pair differences -------------------
+
+std::vector<Cx<double>> size8Road64(const std::vector<Cx<double>>& x, bool inverse)
+{
+    const double c = 0.7071067811865476;
+    const auto s0 = x[0] + x[4], d0 = x[0] - x[4], s1 = x[1] + x[5], s2 = x[2] + x[6], d2 = x[2] - x[6],
+               s3 = x[3] + x[7];
+    const auto w1 = c * (x[1] - x[5]), w3 = c * (x[3] - x[7]);
+    const auto e = s0 + s2, f = s0 - s2, g = s1 + s3, h = s1 - s3, p = w1 - w3, q = w1 + w3;
+    const auto A = d0 + p, B = d0 - p, t = d2 + q, u = q - d2;
+    auto rot = [inverse](Cx<double> v) { return inverse ? plusI(v) : minusI(v); };
+    return {e + g, A + rot(t), f + rot(h), B + rot(u), e - g, B - rot(u), f - rot(h), A - rot(t)};
+}
+
+TEST(WrittenFormulas, Size8Of64fc)
+{
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        const auto x = randomSignal<double>(8, seed);
+        expectBits(run(tvkgDFTFwd_CToC_8_64fc, x, ScaleDivBySqrtN), scaled(size8Road64(x, false), 1.0 / std::sqrt(8.0)));
+        expectBits(run(tvkgDFTInv_CToC_8_64fc, x, ScaleDivInverseByN), scaled(size8Road64(x, true), 0.125));
+    }
+}
+
+// ---- size 8, 32fc: 4-point groups in lanes, full complex twiddle products ----
+
+std::vector<Cx<float>> size8Lanes32(const std::vector<Cx<float>>& x, bool inverse)
+{
+    const float c = 0.70710677f;
+    const float a[4] = {1, c, 0, -c};
+    const float b[4] = {0, inverse ? c : -c, inverse ? 1.0f : -1.0f, inverse ? c : -c};
+    auto rot = [inverse](Cx<float> v) { return inverse ? plusI(v) : minusI(v); };
+    Cx<float> Y[2][4];
+    for (int g = 0; g < 2; ++g) {
+        const auto P = x[g] + x[g + 4], M = x[g] - x[g + 4], Q = x[g + 2] + x[g + 6], N = x[g + 2] - x[g + 6];
+        Y[g][0] = P + Q;
+        Y[g][2] = P - Q;
+        Y[g][1] = M + rot(N);
+        Y[g][3] = M - rot(N);
+    }
+    std::vector<Cx<float>> X(8);
+    for (int k = 0; k < 4; ++k) {
+        const Cx<float> y = Y[1][k];
+        const Cx<float> z{a[k] * y.re - b[k] * y.im, b[k] * y.re + a[k] * y.im};
+        X[k] = Y[0][k] + z;
+        X[k + 4] = Y[0][k] - z;
+    }
+    return X;
+}
+
+TEST(WrittenFormulas, Size8Of32fc)
+{
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        const auto x = randomSignal<float>(8, seed);
+        expectBits(run(tvkgDFTFwd_CToC_8_32fc, x, ScaleDivBySqrtN), scaled(size8Lanes32(x, false), 0.35355338f));
+        expectBits(run(tvkgDFTInv_CToC_8_32fc, x, ScaleNoDivide), size8Lanes32(x, true));
+    }
+}
+
+// ---- sizes 2 and 4 ------------------------------------------------------------
+
+template <class T>
+std::vector<Cx<T>> size4(const std::vector<Cx<T>>& x, bool inverse)
+{
+    const auto a = x[0] + x[2], b = x[0] - x[2], c = x[1] + x[3], d = x[1] - x[3];
+    const auto rd = inverse ? plusI(d) : minusI(d);
+    return {a + c, b + rd, a - c, b - rd};
+}
+
+TEST(WrittenFormulas, Sizes2And4)
+{
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        const auto x2f = randomSignal<float>(2, seed);
+        const auto x2d = randomSignal<double>(2, seed);
+        expectBits(run(tvkgDFTFwd_CToC_2_32fc, x2f, ScaleDivForwardByN), scaled<float>({x2f[0] + x2f[1], x2f[0] - x2f[1]}, 0.5f));
+        expectBits(run(tvkgDFTInv_CToC_2_64fc, x2d, ScaleNoDivide), {x2d[0] + x2d[1], x2d[0] - x2d[1]});
+        const auto x4f = randomSignal<float>(4, seed);
+        const auto x4d = randomSignal<double>(4, seed);
+        expectBits(run(tvkgDFTFwd_CToC_4_32fc, x4f, ScaleNoDivide), size4(x4f, false));
+        expectBits(run(tvkgDFTInv_CToC_4_32fc, x4f, ScaleDivInverseByN), scaled(size4(x4f, true), 0.25f));
+        expectBits(run(tvkgDFTFwd_CToC_4_64fc, x4d, ScaleDivBySqrtN), scaled(size4(x4d, false), 0.5));
+        expectBits(run(tvkgDFTInv_CToC_4_64fc, x4d, ScaleNoDivide), size4(x4d, true));
+    }
+}
+
+// ---- sizes 3 and 5: the folded form ------------------------------------------
+// 64fc: X0 = x0 + (a1 + a2), m and n in binary64.
+// 32fc: X0 = (x0 + a1) + a2 in binary32; m[k] and n[k] accumulated in
+// binary64 from widened operands and binary64 constants, rounded once.
+
+const double kCos[6][3] = {{}, {}, {}, {1, -0.5}, {}, {1, 0.30901699437494745, -0.8090169943749475}};
+const double kSin[6][3] = {{}, {}, {}, {0, 0.8660254037844386}, {}, {0, 0.9510565162951535, 0.5877852522924731}};
+
+// cos and sin of 2*pi*j/p by index j mod p.
+double cosOf(int p, int j) { j %= p; return j <= p / 2 ? kCos[p][j] : kCos[p][p - j]; }
+double sinOf(int p, int j) { j %= p; return j <= p / 2 ? kSin[p][j] : -kSin[p][p - j]; }
+
+std::vector<Cx<double>> folded64(const std::vector<Cx<double>>& x, bool inverse)
+{
+    const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+    std::vector<Cx<double>> a(h + 1), b(h + 1), X(p);
+    for (int j = 1; j <= h; ++j) {
+        a[j] = x[j] + x[p - j];
+        b[j] = x[j] - x[p - j];
+    }
+    Cx<double> sum = a[1];
+    for (int j = 2; j <= h; ++j)
+        sum = sum + a[j];
+    X[0] = x[0] + sum;
+    for (int k = 1; k <= h; ++k) {
+        Cx<double> m = x[0];
+        for (int j = 1; j <= h; ++j)
+            m = m + cosOf(p, j * k) * a[j];
+        Cx<double> n = sinOf(p, k) * b[1];
+        for (int j = 2; j <= h; ++j)
+            n = n + sinOf(p, j * k) * b[j];
+        const auto r = inverse ? plusI(n) : minusI(n);
+        X[k] = m + r;
+        X[p - k] = m - r;
+    }
+    return X;
+}
+
+std::vector<Cx<float>> folded32(const std::vector<Cx<float>>& x, bool inverse)
+{
+    const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+    std::vector<Cx<float>> a(h + 1), b(h + 1), X(p);
+    for (int j = 1; j <= h; ++j) {
+        a[j] = x[j] + x[p - j];
+        b[j] = x[j] - x[p - j];
+    }
+    X[0] = x[0];
+    for (int j = 1; j <= h; ++j)
+        X[0] = X[0] + a[j];
+    auto wide = [](Cx<float> v) { return Cx<double>{v.re, v.im}; };
+    for (int k = 1; k <= h; ++k) {
+        Cx<double> m = wide(x[0]);
+        for (int j = 1; j <= h; ++j)
+            m = m + cosOf(p, j * k) * wide(a[j]);
+        Cx<double> n = sinOf(p, k) * wide(b[1]);
+        for (int j = 2; j <= h; ++j)
+            n = n + sinOf(p, j * k) * wide(b[j]);
+        const Cx<float> mf{static_cast<float>(m.re), static_cast<float>(m.im)};
+        const Cx<float> nf{static_cast<float>(n.re), static_cast<float>(n.im)};
+        const auto r = inverse ? plusI(nf) : minusI(nf);
+        X[k] = mf + r;
+        X[p - k] = mf - r;
+    }
+    return X;
+}
+
+TEST(WrittenFormulas, FoldedSizes3And5)
+{
+    const Kernel64 k64[2][2] = {{tvkgDFTFwd_CToC_3_64fc, tvkgDFTInv_CToC_3_64fc}, {tvkgDFTFwd_CToC_5_64fc, tvkgDFTInv_CToC_5_64fc}};
+    const Kernel32 k32[2][2] = {{tvkgDFTFwd_CToC_3_32fc, tvkgDFTInv_CToC_3_32fc}, {tvkgDFTFwd_CToC_5_32fc, tvkgDFTInv_CToC_5_32fc}};
+    for (int which = 0; which < 2; ++which) {
+        const int p = which == 0 ? 3 : 5;
+        for (unsigned seed = 0; seed < 100; ++seed)
+            for (int inverse = 0; inverse < 2; ++inverse) {
+                SCOPED_TRACE(testing::Message() << "size " << p << (inverse ? " inverse" : " forward"));
+                const auto xd = randomSignal<double>(p, seed);
+                expectBits(run(k64[which][inverse], xd, ScaleNoDivide), folded64(xd, inverse));
+                const auto xf = randomSignal<float>(p, seed);
+                expectBits(run(k32[which][inverse], xf, ScaleDivBySqrtN),
+                           scaled(folded32(xf, inverse), static_cast<float>(1 / std::sqrt(static_cast<long double>(p)))));
+            }
+    }
+}
+
+// In 32fc size 3 the product with sin(2*pi/3) is rounded after the product
+// in binary64, not by a binary32 constant: inputs whose binary32 evaluation
+// differs must give the binary64 answer.
+TEST(WrittenFormulas, Size3Of32fcRoundsAfterTheWideProduct)
+{
+    int differing = 0;
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        const auto x = randomSignal<float>(3, seed);
+        const auto X = run(tvkgDFTFwd_CToC_3_32fc, x, ScaleNoDivide);
+        const float u = x[1].re - x[2].re;
+        const float narrowProduct = 0.8660254f * u;
+        const float wideProduct = static_cast<float>(0.8660254037844386 * static_cast<double>(u));
+        differing += narrowProduct != wideProduct;
+        // X1.im = m.im - n.re with n.re the rounded binary64 product.
+        const float mIm = static_cast<float>(static_cast<double>(x[0].im) - 0.5 * static_cast<double>(x[1].im + x[2].im));
+        EXPECT_EQ(X[1].im, mIm - wideProduct);
+    }
+    EXPECT_GT(differing, 0) << "no input told the two roundings apart";
+}
+
+} // namespace

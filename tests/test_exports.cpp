@@ -1,0 +1,75 @@
+// The shared library exports exactly the names built so far, all of them
+// functions, and the version record.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "complex_kernels.h"
+#include "tvkgen.h"
+
+namespace {
+
+// Names of the library's dynamic symbol table with their nm type letter.
+std::set<std::string> definedSymbols(const std::string& library, std::set<std::string>& nonFunctions)
+{
+    std::set<std::string> names;
+    FILE* pipe = popen(("nm -D --defined-only '" + library + "'").c_str(), "r");
+    if (pipe == nullptr)
+        return names;
+    char line[512];
+    while (std::fgets(line, sizeof line, pipe)) {
+        char address[64], type[4], name[400];
+        if (std::sscanf(line, "%63s %3s %399s", address, type, name) != 3)
+            continue;
+        names.insert(name);
+        if (std::strcmp(type, "T") != 0)
+            nonFunctions.insert(name);
+    }
+    pclose(pipe);
+    return names;
+}
+
+// Each family adds the names it builds.
+std::set<std::string> expectedExports()
+{
+    std::set<std::string> names = {"tvkgenGetLibVersion"};
+    for (const auto& k : tvktest::builtComplexKernels())
+        names.insert(k.name());
+    for (const char* dispatcher :
+         {"tvkgDFTFwd_CToC_32fc", "tvkgDFTFwd_CToC_64fc", "tvkgDFTInv_CToC_32fc", "tvkgDFTInv_CToC_64fc"})
+        names.insert(dispatcher);
+    return names;
+}
+
+TEST(Exports, ExactlyTheBuiltFunctions)
+{
+    std::set<std::string> nonFunctions;
+    const std::set<std::string> exported = definedSymbols(TVKGEN_LIBRARY_PATH, nonFunctions);
+    ASSERT_FALSE(exported.empty()) << "nm found no symbols in " << TVKGEN_LIBRARY_PATH;
+    const std::set<std::string> expected = expectedExports();
+    for (const auto& name : expected)
+        EXPECT_TRUE(exported.count(name)) << "missing export " << name;
+    for (const auto& name : exported)
+        EXPECT_TRUE(expected.count(name)) << "unexpected export " << name;
+    EXPECT_TRUE(nonFunctions.empty()) << "exported data: " << *nonFunctions.begin();
+}
+
+TEST(Version, RecordAsReleased)
+{
+    const LibVersion* v = tvkgenGetLibVersion();
+    ASSERT_NE(v, nullptr);
+    EXPECT_EQ(v, tvkgenGetLibVersion());
+    EXPECT_EQ(v->versionMajor, 6);
+    EXPECT_EQ(v->versionMinor, 1);
+    EXPECT_EQ(v->buildSeries, 137);
+    EXPECT_EQ(v->buildNumber, 300);
+    EXPECT_EQ(0, std::memcmp(v->cpuCode, "s8\0\0", 4));
+    EXPECT_STREQ(v->fileName, "tvkgens8-6.1.dll");
+    EXPECT_STREQ(v->versionText, "6.1 build 137.20");
+    EXPECT_STREQ(v->buildDateText, "Jun 10 2009");
+}
+
+} // namespace
