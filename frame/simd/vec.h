@@ -8,10 +8,10 @@
 //   add, sub, mul, bitXor   lane-wise arithmetic; bitXor flips sign bits
 //   swapLanes               (a1, a0) of a V2d
 //   shuffle<i0,i1,i2,i3>    (a[i0], a[i1], b[i2], b[i3])
-//   unpackLo / unpackHi     (a0, b0, a1, b1) / (a2, b2, a3, b3)
+//   unpackLo / unpackHi     (a0, b0, a1, b1) / (a2, b2, a3, b3); V2d: (a0, b0) / (a1, b1)
 //   moveLowHalves           (a0, a1, b0, b1)
 //   moveHighHalves          (a2, a3, b2, b3)
-//   broadcast, zero4f
+//   broadcast (V4f or V2d by argument type), zero4f
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
 // element type with round-to-nearest, and no operation is fused.

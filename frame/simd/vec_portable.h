@@ -68,6 +68,8 @@ TVKG_INLINE V4f bitXor(V4f a, V4f b) { return bitXorBytes(a, b); }
 TVKG_INLINE V2d bitXor(V2d a, V2d b) { return bitXorBytes(a, b); }
 
 TVKG_INLINE V2d swapLanes(V2d a) { return V2d{{a.lane[1], a.lane[0]}}; }
+TVKG_INLINE V2d unpackLo(V2d a, V2d b) { return V2d{{a.lane[0], b.lane[0]}}; }
+TVKG_INLINE V2d unpackHi(V2d a, V2d b) { return V2d{{a.lane[1], b.lane[1]}}; }
 
 template <int i0, int i1, int i2, int i3>
 TVKG_INLINE V4f shuffle(V4f a, V4f b)
@@ -80,6 +82,7 @@ TVKG_INLINE V4f moveLowHalves(V4f a, V4f b) { return V4f{{a.lane[0], a.lane[1], 
 TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return V4f{{a.lane[2], a.lane[3], b.lane[2], b.lane[3]}}; }
 
 TVKG_INLINE V4f broadcast(float x) { return V4f{{x, x, x, x}}; }
+TVKG_INLINE V2d broadcast(double x) { return V2d{{x, x}}; }
 TVKG_INLINE V4f zero4f() { return V4f{{0.0f, 0.0f, 0.0f, 0.0f}}; }
 
 } // namespace tvkgen::simd

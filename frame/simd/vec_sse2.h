@@ -32,6 +32,8 @@ TVKG_INLINE V2d mul(V2d a, V2d b) { return _mm_mul_pd(a, b); }
 TVKG_INLINE V2d bitXor(V2d a, V2d b) { return _mm_xor_pd(a, b); }
 
 TVKG_INLINE V2d swapLanes(V2d a) { return _mm_shuffle_pd(a, a, 1); }
+TVKG_INLINE V2d unpackLo(V2d a, V2d b) { return _mm_unpacklo_pd(a, b); }
+TVKG_INLINE V2d unpackHi(V2d a, V2d b) { return _mm_unpackhi_pd(a, b); }
 
 template <int i0, int i1, int i2, int i3>
 TVKG_INLINE V4f shuffle(V4f a, V4f b)
@@ -44,6 +46,7 @@ TVKG_INLINE V4f moveLowHalves(V4f a, V4f b) { return _mm_movelh_ps(a, b); }
 TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return _mm_movehl_ps(b, a); }
 
 TVKG_INLINE V4f broadcast(float x) { return _mm_set1_ps(x); }
+TVKG_INLINE V2d broadcast(double x) { return _mm_set1_pd(x); }
 TVKG_INLINE V4f zero4f() { return _mm_setzero_ps(); }
 
 } // namespace tvkgen::simd
