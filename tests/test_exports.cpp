@@ -41,6 +41,12 @@ std::set<std::string> expectedExports()
     for (const char* dispatcher :
          {"tvkgDFTFwd_CToC_32fc", "tvkgDFTFwd_CToC_64fc", "tvkgDFTInv_CToC_32fc", "tvkgDFTInv_CToC_64fc"})
         names.insert(dispatcher);
+    for (const char* type : {"32f", "64f"}) {
+        for (int order = 1; order <= 13; ++order)
+            names.insert("tvkgWHT_" + std::to_string(order) + "_" + type);
+        names.insert(std::string("tvkgWHT_") + type);
+        names.insert(std::string("tvkgWHTGetBufferSize_") + type);
+    }
     return names;
 }
 

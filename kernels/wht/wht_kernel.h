@@ -1,0 +1,172 @@
+// The Walsh-Hadamard kernel of one order and element type: its paths, its
+// validation, its work buffer and its passes. runOrder<Real, n> is the whole
+// body of tvkgWHT_<n>_<t>.
+#pragma once
+
+#include <cstdint>
+
+#include "tvkcore.h"
+#include "tvkgen.h"
+#include "wht_blocks.h"
+#include "wht_plans.h"
+#include "wht_scale.h"
+
+namespace tvkgen::wht {
+
+template <class Real>
+constexpr bool isScalarOrder(int order)
+{
+    return order <= 2 || (order == 3 && sizeof(Real) == 4);
+}
+
+// ---- orders 1 and 2, and 3 of 32f: scalar, safe at any address -------------
+
+template <class Real, int Order>
+TVKG_INLINE void scalarBody(const Real* src, Real* dst, Real scale)
+{
+    constexpr int n = 1 << Order;
+    Real x[n];
+    unrolled<n>([&](auto i) { x[i] = src[i]; });
+    unrolled<Order>([&](auto level) {
+        constexpr int half = 1 << level;
+        unrolled<n / 2>([&](auto j) {
+            constexpr int i = (j / half) * 2 * half + j % half;
+            const Real sum = x[i] + x[i + half];
+            x[i + half] = x[i] - x[i + half];
+            x[i] = sum;
+        });
+    });
+    unrolled<n>([&](auto i) { dst[i] = x[i] * scale; });
+}
+
+// ---- orders 3 to 7: in registers and the stack frame -------------------------
+
+template <class Ops, int Order, class Access>
+TVKG_INLINE void vectorBody(const typename Ops::Real* src, typename Ops::Real* dst, typename Ops::Real scale)
+{
+    constexpr int lanes = Ops::kLanes, vectors = (1 << Order) / lanes;
+    typename Ops::V v[vectors];
+    unrolled<vectors>([&](auto m) { v[m] = Access::load(src + m * lanes); });
+    transformBlock<Ops, Order>(v);
+    const typename Ops::V s = Ops::broadcast(scale);
+    unrolled<vectors>([&](auto m) { Access::store(dst + m * lanes, Ops::mul(v[m], s)); });
+}
+
+// ---- orders 8 to 13: passes through the work buffer --------------------------
+
+// One block of 2^BlockOrder elements from `from` to `to`, unscaled.
+template <class Ops, int BlockOrder, class From, class To>
+TVKG_INLINE void blockStep(const typename Ops::Real* from, typename Ops::Real* to)
+{
+    constexpr int lanes = Ops::kLanes, vectors = (1 << BlockOrder) / lanes;
+    typename Ops::V v[vectors];
+    unrolled<vectors>([&](auto m) { v[m] = From::load(from + m * lanes); });
+    transformBlock<Ops, BlockOrder>(v);
+    unrolled<vectors>([&](auto m) { To::store(to + m * lanes, v[m]); });
+}
+
+// Column steps of radix R over places `Stride` elements apart: one column per
+// vector position within the stride, in ascending order. No shuffles; only
+// the last stage of a kernel multiplies by the scale.
+template <class Ops, int R, int Stride, class From, class To, bool Scaled>
+TVKG_INLINE void columnStage(const typename Ops::Real* from, typename Ops::Real* to, typename Ops::V scale)
+{
+    for (int c = 0; c < Stride; c += Ops::kLanes) {
+        typename Ops::V v[R];
+        unrolled<R>([&](auto k) { v[k] = From::load(from + c + k * Stride); });
+        column<Ops, R, 1>(v);
+        unrolled<R>([&](auto k) { To::store(to + c + k * Stride, Scaled ? Ops::mul(v[k], scale) : v[k]); });
+    }
+}
+
+// src is read only in the first pass and dst written only in the last, so
+// in-place calls need no care; every block and column is read whole before
+// its place is written, so the buffer may even be src or dst.
+template <class Ops, int Order, class Access>
+TVKG_INLINE void passes(const typename Ops::Real* src, typename Ops::Real* dst, typename Ops::Real scale,
+                        typename Ops::Real* buffer)
+{
+    using Buffer = BufferAccess<Ops>;
+    constexpr Plan plan = planOf<typename Ops::Real>(Order);
+    constexpr int n = 1 << Order, block = 1 << plan.blockOrder;
+    const typename Ops::V s = Ops::broadcast(scale);
+    if constexpr (plan.chunkOrder == 0) {
+        for (int b = 0; b < n; b += block)
+            blockStep<Ops, plan.blockOrder, Access, Buffer>(src + b, buffer + b);
+        columnStage<Ops, n / block, block, Buffer, Access, true>(buffer, dst, s);
+    } else {
+        // Chunk by chunk: its blocks go to the tail region, and a radix-8
+        // stage takes them to the chunk's own place in the main region.
+        constexpr int chunk = 1 << plan.chunkOrder;
+        static_assert(chunk / block == 8);
+        typename Ops::Real* const tail = buffer + n;
+        for (int c = 0; c < n; c += chunk) {
+            for (int b = 0; b < chunk; b += block)
+                blockStep<Ops, plan.blockOrder, Access, Buffer>(src + c + b, tail + b);
+            columnStage<Ops, 8, block, Buffer, Buffer, false>(tail, buffer + c, s);
+        }
+        columnStage<Ops, n / chunk, chunk, Buffer, Access, true>(buffer, dst, s);
+    }
+}
+
+// ---- validation and paths ----------------------------------------------------
+
+template <class Real, int Order, class Access>
+TVKG_INLINE TvkStatus checkAndRun(const Real* src, Real* dst, int flag, uint8_t* buffer)
+{
+    if (src == nullptr || dst == nullptr)
+        return StatusNullPointer;
+    const int pick = scaleIndex(flag, ScaleRow::SelfInverse);
+    if (pick < 0)
+        return StatusScaleFlagError;
+    const Real scale = kScales<Real, Order>[pick];
+    if constexpr (isScalarOrder<Real>(Order)) {
+        scalarBody<Real, Order>(src, dst, scale);
+    } else if constexpr (Order < kFirstBufferedOrder) {
+        vectorBody<SimdOps<Real>, Order, Access>(src, dst, scale);
+    } else {
+        // Allocation results are not tested: a failed tvkMalloc faults on the
+        // first store, and callers who must survive that pass a buffer.
+        const bool ownsBuffer = buffer == nullptr;
+        if (ownsBuffer)
+            buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferBytes<Real>(Order))));
+        passes<SimdOps<Real>, Order, Access>(src, dst, scale, reinterpret_cast<Real*>(buffer));
+        if (ownsBuffer)
+            tvkFree(buffer);
+    }
+    return StatusOk;
+}
+
+template <class Real, int Order>
+[[gnu::noinline, gnu::flatten]] TvkStatus unalignedTwin(const Real* src, Real* dst, int flag, uint8_t* buffer)
+{
+    return checkAndRun<Real, Order, simd::UnalignedAccess>(src, dst, flag, buffer);
+}
+
+// Scalar orders have one body and no alignment test. The others test src and
+// dst first (a null address counts as aligned); order 3 of 64f keeps both of
+// its bodies in one routine, the larger orders have a private twin.
+template <class Real, int Order>
+TVKG_INLINE TvkStatus runOrder(const Real* src, Real* dst, int flag, uint8_t* buffer)
+{
+    if constexpr (isScalarOrder<Real>(Order)) {
+        return checkAndRun<Real, Order, void>(src, dst, flag, buffer);
+    } else {
+        if (((reinterpret_cast<std::uintptr_t>(src) | reinterpret_cast<std::uintptr_t>(dst)) & 15) == 0)
+            return checkAndRun<Real, Order, simd::AlignedAccess>(src, dst, flag, buffer);
+        if constexpr (Order == 3)
+            return checkAndRun<Real, Order, simd::UnalignedAccess>(src, dst, flag, buffer);
+        else
+            return unalignedTwin<Real, Order>(src, dst, flag, buffer);
+    }
+}
+
+} // namespace tvkgen::wht
+
+// The exported kernel of order n and element type t. Flattened, so that each
+// path is one straight-line routine.
+#define TVKG_WHT_DEFINE(t, n)                                                                                  \
+    [[gnu::flatten]] TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer) \
+    {                                                                                                          \
+        return tvkgen::wht::runOrder<Tvk##t, n>(src, dst, flag, buffer);                                       \
+    }
