@@ -47,6 +47,9 @@ std::set<std::string> expectedExports()
         names.insert(std::string("tvkgWHT_") + type);
         names.insert(std::string("tvkgWHTGetBufferSize_") + type);
     }
+    for (const char* type : {"_32f", "_64f"})
+        for (const char* lifeCycle : {"tvkgDCT4GetSize", "tvkgDCT4Init", "tvkgDCT4InitAlloc", "tvkgDCT4Free"})
+            names.insert(std::string(lifeCycle) + type);
     return names;
 }
 

@@ -1,0 +1,440 @@
+// DCT-IV plan life cycle: the size contract, the build inside exactly that
+// many bytes, alignment of every block, the cursor after Free, the
+// allocation failure path, and the table values.
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "plan_build.h"
+#include "plan_routines.h"
+#include "plan_tables.h"
+#include "tvkcore.h"
+#include "tvkgen.h"
+
+// ---- A counting allocator in front of tvkcore -------------------------------
+// The test program exports these, so the library's calls land here first.
+namespace {
+struct AllocatorProbe {
+    bool failNext = false;
+    int frees = 0;
+    void* lastFreed = nullptr;
+    int32_t cursorAtFree = 0;
+} probe;
+
+template <class Fn>
+Fn nextSymbol(const char* name)
+{
+    return reinterpret_cast<Fn>(dlsym(RTLD_NEXT, name));
+}
+} // namespace
+
+extern "C" void* tvkMalloc(uint32_t len)
+{
+    if (probe.failNext) {
+        probe.failNext = false;
+        return nullptr;
+    }
+    static auto real = nextSymbol<void* (*)(uint32_t)>("tvkMalloc");
+    return real(len);
+}
+
+extern "C" void tvkFree(void* ptr)
+{
+    ++probe.frees;
+    probe.lastFreed = ptr;
+    if (ptr != nullptr)
+        std::memcpy(&probe.cursorAtFree, ptr, sizeof probe.cursorAtFree);
+    static auto real = nextSymbol<void (*)(void*)>("tvkFree");
+    real(ptr);
+}
+
+namespace {
+
+using namespace tvkgen::dct4;
+
+// Both element types through one interface.
+template <class Real>
+struct Api;
+template <>
+struct Api<float> {
+    using Plan = TvkgDCT4Plan_32f;
+    static constexpr auto getSize = tvkgDCT4GetSize_32f;
+    static constexpr auto init = tvkgDCT4Init_32f;
+    static constexpr auto initAlloc = tvkgDCT4InitAlloc_32f;
+    static constexpr auto free = tvkgDCT4Free_32f;
+};
+template <>
+struct Api<double> {
+    using Plan = TvkgDCT4Plan_64f;
+    static constexpr auto getSize = tvkgDCT4GetSize_64f;
+    static constexpr auto init = tvkgDCT4Init_64f;
+    static constexpr auto initAlloc = tvkgDCT4InitAlloc_64f;
+    static constexpr auto free = tvkgDCT4Free_64f;
+};
+
+template <class Real>
+int32_t sizeOf(int len)
+{
+    int32_t size = -1;
+    return Api<Real>::getSize(len, &size) == StatusOk ? size : -1;
+}
+
+// A block of exactly `size` bytes at a chosen remainder modulo 32, with a
+// guard region behind it.
+struct GuardedBlock {
+    static constexpr size_t kGuard = 256;
+    static constexpr uint8_t kFill = 0xA5;
+    GuardedBlock(int32_t size, int remainder) : storage(size + kGuard + 64, kFill), size(size)
+    {
+        auto base = (reinterpret_cast<uintptr_t>(storage.data()) + 31) & ~uintptr_t{31};
+        mem = reinterpret_cast<uint8_t*>(base) + remainder;
+    }
+    bool guardIntact() const
+    {
+        for (size_t i = 0; i < kGuard; ++i)
+            if (mem[size + i] != kFill)
+                return false;
+        return true;
+    }
+    std::vector<uint8_t> storage;
+    int32_t size;
+    uint8_t* mem;
+};
+
+// Every record of the tree, reached through the children lists.
+struct TreeFacts {
+    int splits = 0;
+    bool aligned = true;
+};
+
+void walk(uint8_t* arena, Ref at, TreeFacts& facts)
+{
+    auto aligned = [&](Ref ref) {
+        if (ref != kNone && reinterpret_cast<uintptr_t>(arena + ref) % 32 != 0)
+            facts.aligned = false;
+    };
+    aligned(at);
+    const auto* head = recordAt<PlanNode>(arena, at);
+    const auto routine = static_cast<NodeRoutine>(head->destroy / 2);
+    switch (routine) {
+    case NodeRoutine::Source: return;
+    case NodeRoutine::Plan: aligned(recordAt<Dct4Plan>(arena, at)->work); break;
+    case NodeRoutine::RecombineKernel: aligned(recordAt<RecombineKernel>(arena, at)->table); break;
+    case NodeRoutine::TwiddleKernel: aligned(recordAt<TwiddleKernel>(arena, at)->table); break;
+    case NodeRoutine::SplitNode:
+        ++facts.splits;
+        aligned(recordAt<SplitNode>(arena, at)->work);
+        break;
+    default: break;
+    }
+    // Every node but a source has its children list right behind the head.
+    const Ref children = *reinterpret_cast<const Ref*>(head + 1);
+    for (Ref cell = children; cell != kNone; cell = recordAt<ListCell>(arena, cell)->next)
+        if (Ref value = recordAt<ListCell>(arena, cell)->value; value != kNone)
+            walk(arena, value, facts);
+}
+
+template <class Real>
+class Dct4Plan : public ::testing::Test {};
+using RealTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(Dct4Plan, RealTypes);
+
+struct SizeRow {
+    int len;
+    int32_t size32;
+    int32_t size64;
+};
+// The contract with callers; 0 means StatusSizeError.
+constexpr SizeRow kSizeContract[] = {
+    {2, 224, 224},
+    {4, 224, 224},
+    {8, 224, 224},
+    {16, 224, 224},
+    {32, 224, 224},
+    {64, 1632, 2144},
+    {1024, 9312, 17504},
+    {4096, 52768, 101920},
+    {65536, 820000, 1606432},
+    {131072, 2164960, 4262112},
+    {1048576, 17303520, 34080736},
+    {33554432, 687868576, 1358957216},
+    {1 << 26, 1375733920, 0},
+    {1 << 27, 0, 0},
+    {1 << 28, 0, 0},
+    {1 << 29, 0, 268438880},
+    {1 << 30, 536874336, 536874336},
+    {9, 0, 1280},
+    {17, 0, 1408},
+    {33, 1408, 1664},
+    {65, 1664, 2176},
+};
+
+TEST(Dct4Size, Contract)
+{
+    for (const SizeRow& row : kSizeContract) {
+        EXPECT_EQ(sizeOf<float>(row.len), row.size32 ? row.size32 : -1) << "32f len " << row.len;
+        EXPECT_EQ(sizeOf<double>(row.len), row.size64 ? row.size64 : -1) << "64f len " << row.len;
+    }
+}
+
+TYPED_TEST(Dct4Plan, SizeFollowsThePowerOfTwoRule)
+{
+    constexpr int32_t e = sizeof(TypeParam);
+    for (int32_t n = 64; n <= (1 << 20); n *= 2) {
+        // 1120 + 2 N E, and per split level 704 + N E + 32 (s - 1) m / (2s).
+        int64_t expected = 1120 + 2 * int64_t{n} * e;
+        int32_t r = n / 2 >= 512 ? 32 : n / 2 >= 128 ? 16 : 8;
+        for (int32_t m = n / r; m > 64;) {
+            const int32_t s = m / 2 >= 512 ? 32 : m / 2 >= 128 ? 16 : 8;
+            expected += 704 + int64_t{n} * e + 32 * (s - 1) * (m / (2 * s));
+            m /= s;
+        }
+        EXPECT_EQ(sizeOf<TypeParam>(n), expected) << "len " << n;
+    }
+}
+
+TYPED_TEST(Dct4Plan, RefusedLengthsLeaveSizeAlone)
+{
+    for (int len : {0, 1, 3, 5, 6, 7, 10, 12, 24, 48, 96, 192, 1000, 1536, 3 * 4096, -1, -64, INT32_MIN}) {
+        int32_t size = 12345;
+        EXPECT_EQ(Api<TypeParam>::getSize(len, &size), StatusSizeError) << "len " << len;
+        EXPECT_EQ(size, 12345);
+        typename Api<TypeParam>::Plan* plan = nullptr;
+        std::vector<uint8_t> mem(1 << 16);
+        if (len > 0 && len <= 4096)
+            EXPECT_EQ(Api<TypeParam>::init(&plan, len, mem.data()), StatusSizeError) << "len " << len;
+        EXPECT_EQ(plan, nullptr);
+        EXPECT_EQ(Api<TypeParam>::initAlloc(&plan, len), StatusSizeError);
+    }
+}
+
+// Powers of two and the accepted 2^k + 1 lengths, each built in a block of
+// exactly its size at an odd address.
+std::vector<int> buildLengths(bool single)
+{
+    std::vector<int> lens;
+    for (int n = 2; n <= (1 << 17); n *= 2)
+        lens.push_back(n);
+    for (int n = single ? 32 : 8; n <= (1 << 17); n *= 2)
+        lens.push_back(n + 1);
+    return lens;
+}
+
+TYPED_TEST(Dct4Plan, BuildFitsItsSizeAlignsEveryBlockAndFreeReturnsTheCursor)
+{
+    for (int len : buildLengths(sizeof(TypeParam) == 4)) {
+        const int32_t size = sizeOf<TypeParam>(len);
+        ASSERT_GT(size, 0) << "len " << len;
+        for (int remainder : {0, 1, 13}) {
+            GuardedBlock block(size, remainder);
+            typename Api<TypeParam>::Plan* plan = nullptr;
+            ASSERT_EQ(Api<TypeParam>::init(&plan, len, block.mem), StatusOk) << "len " << len;
+            auto* root = reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan);
+            const int32_t start = 64 - remainder;
+            TreeFacts facts;
+            walk(block.mem, root->head.arena, facts);
+            EXPECT_TRUE(facts.aligned) << "len " << len << " at remainder " << remainder;
+            EXPECT_TRUE(block.guardIntact()) << "len " << len;
+            // The rule counts 224 bytes too many in a two-stage plan and
+            // 160 more per split level.
+            const int32_t slack = root->kind == 6 ? 224 + 160 * facts.splits : 0;
+            EXPECT_EQ(arenaCursor(block.mem), size - slack - remainder) << "len " << len;
+            planDestroy(root);
+            EXPECT_EQ(arenaCursor(block.mem), start) << "len " << len;
+        }
+    }
+}
+
+TEST(Dct4Size, UsedBytesOfLength64)
+{
+    GuardedBlock block(sizeOf<float>(64), 0);
+    TvkgDCT4Plan_32f* plan = nullptr;
+    ASSERT_EQ(tvkgDCT4Init_32f(&plan, 64, block.mem), StatusOk);
+    EXPECT_EQ(arenaCursor(block.mem), 1408);
+}
+
+TYPED_TEST(Dct4Plan, NullArgumentsAndFailedBuilds)
+{
+    std::vector<uint8_t> mem(4096, 0);
+    typename Api<TypeParam>::Plan* plan = nullptr;
+    EXPECT_EQ(Api<TypeParam>::init(nullptr, 64, mem.data()), StatusNullPointer);
+    EXPECT_EQ(Api<TypeParam>::init(&plan, 64, nullptr), StatusNullPointer);
+    EXPECT_EQ(Api<TypeParam>::initAlloc(nullptr, 64), StatusNullPointer);
+    probe.frees = 0;
+    EXPECT_EQ(Api<TypeParam>::free(nullptr), StatusNullPointer);
+    EXPECT_EQ(probe.frees, 0);
+    auto* sentinel = reinterpret_cast<typename Api<TypeParam>::Plan*>(&mem[1]);
+    plan = sentinel;
+    EXPECT_EQ(Api<TypeParam>::init(&plan, 6, mem.data()), StatusSizeError);
+    EXPECT_EQ(plan, sentinel) << "*plan keeps its value";
+}
+
+TEST(Dct4Size, FailedBuildLeavesTheCursorWhereItsReleasesPutIt)
+{
+    // Length 96 fails in the recombine stage; the root still releases the
+    // work block it never got.
+    std::vector<uint8_t> mem(4096 + 32);
+    uint8_t* block = mem.data() + (32 - reinterpret_cast<uintptr_t>(mem.data()) % 32) % 32;
+    TvkgDCT4Plan_32f* plan = nullptr;
+    EXPECT_EQ(tvkgDCT4Init_32f(&plan, 96, block), StatusSizeError);
+    EXPECT_EQ(arenaCursor(block), -320);
+}
+
+TYPED_TEST(Dct4Plan, InitAllocAndFreeUseOneBlock)
+{
+    for (int len : {16, 64, 4096}) {
+        typename Api<TypeParam>::Plan* plan = nullptr;
+        ASSERT_EQ(Api<TypeParam>::initAlloc(&plan, len), StatusOk);
+        uint8_t* block = blockOf(&reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan)->head);
+        const int32_t start = 64 - static_cast<int32_t>(reinterpret_cast<uintptr_t>(block) % 32);
+        probe.frees = 0;
+        EXPECT_EQ(Api<TypeParam>::free(plan), StatusOk);
+        EXPECT_EQ(probe.frees, 1);
+        EXPECT_EQ(probe.lastFreed, block);
+        EXPECT_EQ(probe.cursorAtFree, start) << "Free brings the cursor back, len " << len;
+    }
+}
+
+TYPED_TEST(Dct4Plan, ExhaustedAllocatorGivesNullPointer)
+{
+    typename Api<TypeParam>::Plan* plan = nullptr;
+    probe.failNext = true;
+    probe.frees = 0;
+    EXPECT_EQ(Api<TypeParam>::initAlloc(&plan, 1024), StatusNullPointer);
+    EXPECT_EQ(plan, nullptr);
+    EXPECT_EQ(probe.frees, 1);
+    EXPECT_EQ(probe.lastFreed, nullptr);
+}
+
+// ---- Tables --------------------------------------------------------------------
+
+// Column order of the rotation table for radix 32, as the design fixes it.
+constexpr int kOrder32[32] = {0, 31, 16, 15, 4, 27, 20, 11, 8, 23, 24, 7, 12, 19, 28, 3,
+                              1, 30, 17, 14, 5, 26, 21, 10, 9, 22, 25, 6, 13, 18, 29, 2};
+
+template <class Real>
+struct BuiltPlan {
+    explicit BuiltPlan(int len) : block(sizeOf<Real>(len), 0)
+    {
+        typename Api<Real>::Plan* plan = nullptr;
+        EXPECT_EQ(Api<Real>::init(&plan, len, block.mem), StatusOk);
+        root = reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan);
+    }
+    template <class Node>
+    Node* child(const Node* /*type*/, Ref list) const
+    {
+        return recordAt<Node>(block.mem, listNth(recordAt<ListCell>(block.mem, list), 0));
+    }
+    GuardedBlock block;
+    tvkgen::dct4::Dct4Plan* root;
+};
+
+// Every rotation entry against theta(p, c) = pi (2p + 1)(2c + 1) / (4N) in
+// long double, in block, column-order, cos-then-sin, lane order.
+TYPED_TEST(Dct4Plan, RotationTableLayoutAndValues)
+{
+    for (int len : {64, 4096}) {
+        BuiltPlan<TypeParam> built(len);
+        auto* stage = built.child(static_cast<RecombineStage*>(nullptr), built.root->recombineList);
+        auto* kernel = built.child(static_cast<RecombineKernel*>(nullptr), stage->kernelList);
+        const TypeParam* table = recordAt<TypeParam>(built.block.mem, kernel->table);
+        const int r = kernel->radix;
+        const int lanes = 16 / sizeof(TypeParam);
+        const long double tolerance = sizeof(TypeParam) == 4 ? 2e-7L : 4e-16L;
+        for (int b = 0; b < kernel->blockCount; ++b)
+            for (int i = 0; i < r; ++i) {
+                const int c = r == 32 ? kOrder32[i] : (i % 2 ? r - 1 - i / 2 : i / 2);
+                for (int l = 0; l < lanes; ++l) {
+                    const int p = lanes * b + l;
+                    const long double theta = 3.141592653589793238462643L * (2 * p + 1) * (2 * c + 1) / (4.0L * len);
+                    const TypeParam* entry = table + (b * r + i) * 2 * lanes + l;
+                    ASSERT_NEAR(entry[0], std::cos(theta), tolerance) << "len " << len << " p " << p << " c " << c;
+                    ASSERT_NEAR(entry[lanes], std::sin(theta), tolerance) << "len " << len << " p " << p << " c " << c;
+                }
+            }
+    }
+}
+
+TEST(Dct4Tables, WrittenCheckPointsOfLength64)
+{
+    BuiltPlan<float> built(64);
+    auto* stage = built.child(static_cast<RecombineStage*>(nullptr), built.root->recombineList);
+    auto* kernel = built.child(static_cast<RecombineKernel*>(nullptr), stage->kernelList);
+    const float* t = recordAt<float>(built.block.mem, kernel->table);
+    const float expected[8] = {0.999925f, 0.999322f, 0.998118f, 0.996313f, 0.012272f, 0.036807f, 0.061321f, 0.085797f};
+    for (int i = 0; i < 8; ++i)
+        EXPECT_NEAR(t[i], expected[i], 1e-6f) << i;
+}
+
+// In binary32 the quotient n / (8N) is rounded to float before the cosine,
+// which is taken in double: the table matches that rule bit for bit. With
+// N = 4097 the quotient is inexact, so the rule shows.
+TEST(Dct4Tables, Binary32QuotientRoundedBeforeTheCosine)
+{
+    const int len = 4097;
+    BuiltPlan<float> built(len);
+    auto* stage = built.child(static_cast<RecombineStage*>(nullptr), built.root->recombineList);
+    auto* kernel = built.child(static_cast<RecombineKernel*>(nullptr), stage->kernelList);
+    const float* t = recordAt<float>(built.block.mem, kernel->table);
+    int differsFromDouble = 0;
+    for (int b = 0; b < kernel->blockCount; ++b)
+        for (int i = 0; i < 32; ++i)
+            for (int l = 0; l < 4; ++l) {
+                const int n = 2 * (2 * (4 * b + l) + 1) * (2 * kOrder32[i] + 1);
+                const float x = static_cast<float>(n) / static_cast<float>(8 * len);
+                const float cosine = static_cast<float>(std::cos(static_cast<double>(x) * 3.141592653589793));
+                ASSERT_EQ(t[(b * 32 + i) * 8 + l], cosine) << "b " << b << " i " << i << " l " << l;
+                const double exact = static_cast<double>(n) / (8.0 * len) * 3.141592653589793;
+                differsFromDouble += cosine != static_cast<float>(std::cos(exact));
+            }
+    EXPECT_GT(differsFromDouble, 0) << "the rule must be visible in the table";
+}
+
+TYPED_TEST(Dct4Plan, TwiddleTablesBothForms)
+{
+    // 4096: s = 8, m = 128, 8 groups of 7 pairs; 8192: s = 16, m = 256.
+    const long double pi = 3.141592653589793238462643L;
+    const int lanes = 16 / sizeof(TypeParam);
+    const long double tolerance = sizeof(TypeParam) == 4 ? 2e-7L : 4e-16L;
+    for (int len : {4096, 8192}) {
+        BuiltPlan<TypeParam> built(len);
+        auto* column = built.child(static_cast<ColumnStage*>(nullptr), built.root->columnList);
+        auto* kernel = built.child(static_cast<ColumnKernel*>(nullptr), column->kernelList);
+        auto* split = built.child(static_cast<SplitNode*>(nullptr), kernel->splitList);
+        auto* twiddle = built.child(static_cast<TwiddleKernel*>(nullptr), split->twiddleList);
+        const TypeParam* t = recordAt<TypeParam>(built.block.mem, twiddle->table);
+        const int m = split->subLen, s = split->radix;
+        // Angles in units of pi / m, in table order.
+        std::vector<long double> units;
+        if (s == 8) {
+            for (int g = 0; g < twiddle->groupCount; ++g)
+                for (int c = 1; c < s; ++c)
+                    units.push_back((2 * g + 1) * c);
+        } else {
+            for (int g = 0; g < twiddle->groupCount; ++g)
+                for (int j = 0; j < s / 4; ++j)
+                    for (int e = 1; e <= 3; ++e)
+                        units.push_back(e * ((2 * g + 1) + 2.0L * j * m / s));
+            for (int g = 0; g < twiddle->groupCount; ++g)
+                for (int e = 1; e < s / 4; ++e)
+                    units.push_back(4 * e * (2 * g + 1));
+        }
+        if (s == 16) // the written check with m = 256
+            EXPECT_EQ((std::vector<long double>(units.begin(), units.begin() + 6)),
+                      (std::vector<long double>{1, 2, 3, 33, 66, 99}));
+        for (size_t k = 0; k < units.size(); ++k)
+            for (int l = 0; l < lanes; ++l) {
+                ASSERT_NEAR(t[2 * lanes * k + l], std::cos(pi * units[k] / m), tolerance) << "len " << len << " pair " << k;
+                ASSERT_NEAR(t[2 * lanes * k + lanes + l], std::sin(pi * units[k] / m), tolerance) << "pair " << k;
+            }
+        if (s == 8)
+            EXPECT_NEAR(t[0], 0.999699, 1e-6);
+    }
+}
+
+} // namespace
