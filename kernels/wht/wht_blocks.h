@@ -48,7 +48,7 @@ TVKG_INLINE void groupOf32Levels1To3(typename Ops::V* v)
     transpose4<Ops>(v[1], v[3], v[5], v[7], t[4], t[5], t[6], t[7]);
     column<Ops, 4, 1>(t);
     column<Ops, 4, 1>(t + 4);
-    unrolled<4>([&](auto i) { column<Ops, 2, 4>(t + i); });
+    unrolled<4>([&](auto i) TVKG_LAMBDA_INLINE { column<Ops, 2, 4>(t + i); });
     transpose4<Ops>(t[0], t[1], t[2], t[3], v[0], v[2], v[4], v[6]);
     transpose4<Ops>(t[4], t[5], t[6], t[7], v[1], v[3], v[5], v[7]);
 }
@@ -90,11 +90,11 @@ TVKG_INLINE void transformBlock(typename Ops::V* v)
         } else if constexpr (Order == 6) {
             groupOf32<Ops>(v);
             groupOf32<Ops>(v + 8);
-            unrolled<8>([&](auto m) { column<Ops, 2, 8>(v + m); });
+            unrolled<8>([&](auto m) TVKG_LAMBDA_INLINE { column<Ops, 2, 8>(v + m); });
         } else {
             // Levels 4 to 7 as one radix-16 step over the even and over the
             // odd vectors, rather than finishing each group first.
-            unrolled<4>([&](auto g) { groupOf32Levels1To3<Ops>(v + 8 * g); });
+            unrolled<4>([&](auto g) TVKG_LAMBDA_INLINE { groupOf32Levels1To3<Ops>(v + 8 * g); });
             column<Ops, 16, 2>(v);
             column<Ops, 16, 2>(v + 1);
         }
@@ -102,14 +102,14 @@ TVKG_INLINE void transformBlock(typename Ops::V* v)
         if constexpr (Order <= 5) {
             // Quads, then levels 3..Order across the even and the odd vectors.
             constexpr int vectors = (1 << Order) / 2;
-            unrolled<vectors / 2>([&](auto q) { quad<Ops>(v[2 * q], v[2 * q + 1]); });
+            unrolled<vectors / 2>([&](auto q) TVKG_LAMBDA_INLINE { quad<Ops>(v[2 * q], v[2 * q + 1]); });
             column<Ops, vectors / 2, 2>(v);
             column<Ops, vectors / 2, 2>(v + 1);
         } else {
             // Four blocks of order - 2, then the last two levels across them.
             constexpr int quarter = (1 << Order) / 8;
-            unrolled<4>([&](auto b) { transformBlock<Ops, Order - 2>(v + b * quarter); });
-            unrolled<quarter>([&](auto m) { column<Ops, 4, quarter>(v + m); });
+            unrolled<4>([&](auto b) TVKG_LAMBDA_INLINE { transformBlock<Ops, Order - 2>(v + b * quarter); });
+            unrolled<quarter>([&](auto m) TVKG_LAMBDA_INLINE { column<Ops, 4, quarter>(v + m); });
         }
     }
 }

@@ -26,17 +26,17 @@ TVKG_INLINE void scalarBody(const Real* src, Real* dst, Real scale)
 {
     constexpr int n = 1 << Order;
     Real x[n];
-    unrolled<n>([&](auto i) { x[i] = src[i]; });
-    unrolled<Order>([&](auto level) {
+    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { x[i] = src[i]; });
+    unrolled<Order>([&](auto level) TVKG_LAMBDA_INLINE {
         constexpr int half = 1 << level;
-        unrolled<n / 2>([&](auto j) {
+        unrolled<n / 2>([&](auto j) TVKG_LAMBDA_INLINE {
             constexpr int i = (j / half) * 2 * half + j % half;
             const Real sum = x[i] + x[i + half];
             x[i + half] = x[i] - x[i + half];
             x[i] = sum;
         });
     });
-    unrolled<n>([&](auto i) { dst[i] = x[i] * scale; });
+    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { dst[i] = x[i] * scale; });
 }
 
 // ---- orders 3 to 7: in registers and the stack frame -------------------------
@@ -46,10 +46,10 @@ TVKG_INLINE void vectorBody(const typename Ops::Real* src, typename Ops::Real* d
 {
     constexpr int lanes = Ops::kLanes, vectors = (1 << Order) / lanes;
     typename Ops::V v[vectors];
-    unrolled<vectors>([&](auto m) { v[m] = Access::load(src + m * lanes); });
+    unrolled<vectors>([&](auto m) TVKG_LAMBDA_INLINE { v[m] = Access::load(src + m * lanes); });
     transformBlock<Ops, Order>(v);
     const typename Ops::V s = Ops::broadcast(scale);
-    unrolled<vectors>([&](auto m) { Access::store(dst + m * lanes, Ops::mul(v[m], s)); });
+    unrolled<vectors>([&](auto m) TVKG_LAMBDA_INLINE { Access::store(dst + m * lanes, Ops::mul(v[m], s)); });
 }
 
 // ---- orders 8 to 13: passes through the work buffer --------------------------
@@ -60,9 +60,9 @@ TVKG_INLINE void blockStep(const typename Ops::Real* from, typename Ops::Real* t
 {
     constexpr int lanes = Ops::kLanes, vectors = (1 << BlockOrder) / lanes;
     typename Ops::V v[vectors];
-    unrolled<vectors>([&](auto m) { v[m] = From::load(from + m * lanes); });
+    unrolled<vectors>([&](auto m) TVKG_LAMBDA_INLINE { v[m] = From::load(from + m * lanes); });
     transformBlock<Ops, BlockOrder>(v);
-    unrolled<vectors>([&](auto m) { To::store(to + m * lanes, v[m]); });
+    unrolled<vectors>([&](auto m) TVKG_LAMBDA_INLINE { To::store(to + m * lanes, v[m]); });
 }
 
 // Column steps of radix R over places `Stride` elements apart: one column per
@@ -73,9 +73,9 @@ TVKG_INLINE void columnStage(const typename Ops::Real* from, typename Ops::Real*
 {
     for (int c = 0; c < Stride; c += Ops::kLanes) {
         typename Ops::V v[R];
-        unrolled<R>([&](auto k) { v[k] = From::load(from + c + k * Stride); });
+        unrolled<R>([&](auto k) TVKG_LAMBDA_INLINE { v[k] = From::load(from + c + k * Stride); });
         column<Ops, R, 1>(v);
-        unrolled<R>([&](auto k) { To::store(to + c + k * Stride, Scaled ? Ops::mul(v[k], scale) : v[k]); });
+        unrolled<R>([&](auto k) TVKG_LAMBDA_INLINE { To::store(to + c + k * Stride, Scaled ? Ops::mul(v[k], scale) : v[k]); });
     }
 }
 

@@ -12,6 +12,10 @@
 
 #include "simd/vec.h"
 
+// Lambdas of the unrolled steps are inlined like the functions around them,
+// so that a block's vectors stay in registers.
+#define TVKG_LAMBDA_INLINE __attribute__((always_inline))
+
 namespace tvkgen::wht {
 
 // The vector layer's operations, which overload on the vector type.
@@ -56,7 +60,7 @@ struct BufferAccess {
 template <int Count, class F>
 TVKG_INLINE void unrolled(F&& f)
 {
-    [&]<int... I>(std::integer_sequence<int, I...>) {
+    [&]<int... I>(std::integer_sequence<int, I...>) TVKG_LAMBDA_INLINE {
         (f(std::integral_constant<int, I>{}), ...);
     }(std::make_integer_sequence<int, Count>{});
 }
@@ -80,7 +84,7 @@ TVKG_INLINE void column(typename Ops::V* v)
     if constexpr (R == 2) {
         butterfly<Ops>(v[0], v[S]);
     } else {
-        unrolled<R / 4>([&](auto q) {
+        unrolled<R / 4>([&](auto q) TVKG_LAMBDA_INLINE {
             typename Ops::V* four = v + q * 4 * S;
             butterfly<Ops>(four[0], four[S]);
             butterfly<Ops>(four[2 * S], four[3 * S]);
@@ -88,7 +92,7 @@ TVKG_INLINE void column(typename Ops::V* v)
             butterfly<Ops>(four[S], four[3 * S]);
         });
         if constexpr (R > 4)
-            unrolled<4>([&](auto j) { column<Ops, R / 4, 4 * S>(v + j * S); });
+            unrolled<4>([&](auto j) TVKG_LAMBDA_INLINE { column<Ops, R / 4, 4 * S>(v + j * S); });
     }
 }
 
