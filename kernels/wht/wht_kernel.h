@@ -138,7 +138,7 @@ TVKG_INLINE TvkStatus checkAndRun(const Real* src, Real* dst, int flag, uint8_t*
 }
 
 template <class Real, int Order>
-[[gnu::noinline, gnu::flatten]] TvkStatus unalignedTwin(const Real* src, Real* dst, int flag, uint8_t* buffer)
+[[gnu::noinline]] TvkStatus unalignedTwin(const Real* src, Real* dst, int flag, uint8_t* buffer)
 {
     return checkAndRun<Real, Order, simd::UnalignedAccess>(src, dst, flag, buffer);
 }
@@ -163,10 +163,9 @@ TVKG_INLINE TvkStatus runOrder(const Real* src, Real* dst, int flag, uint8_t* bu
 
 } // namespace tvkgen::wht
 
-// The exported kernel of order n and element type t. Flattened, so that each
-// path is one straight-line routine.
-#define TVKG_WHT_DEFINE(t, n)                                                                                  \
-    [[gnu::flatten]] TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer) \
-    {                                                                                                          \
-        return tvkgen::wht::runOrder<Tvk##t, n>(src, dst, flag, buffer);                                       \
+// The exported kernel of order n and element type t.
+#define TVKG_WHT_DEFINE(t, n)                                                             \
+    TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer) \
+    {                                                                                     \
+        return tvkgen::wht::runOrder<Tvk##t, n>(src, dst, flag, buffer);                  \
     }

@@ -1,0 +1,205 @@
+// The Walsh-Hadamard kernels' own descriptions, run on a counting vector
+// type: vector operations per order as budgeted, shuffles only where the
+// factorisation transposes, and the memory rules of the passes (src read
+// once and first, dst written once and last, the buffer used whole, aligned
+// and never beyond its size). Each run's bytes must equal the exported
+// kernel's, so the counted description is the shipped one.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "test_support.h"
+#include "wht_kernel.h"
+
+namespace {
+
+struct Tally {
+    long addSub = 0, mul = 0, shuffle = 0;
+    long srcLoads = 0, dstStores = 0, bufferAccesses = 0, misalignedBufferAccesses = 0;
+    long clock = 0, lastSrcLoad = -1, firstDstStore = -1;
+    const unsigned char* buffer = nullptr;
+    long bufferLow = 0, bufferHigh = 0; // byte range touched, relative to buffer
+};
+Tally tally;
+
+template <class RealType>
+struct CountingOps {
+    using Real = RealType;
+    static constexpr int kLanes = 16 / sizeof(Real);
+    struct V {
+        Real lane[kLanes];
+    };
+
+    template <class Op>
+    static V laneWise(V a, V b, Op op)
+    {
+        for (int i = 0; i < kLanes; ++i)
+            a.lane[i] = op(a.lane[i], b.lane[i]);
+        return a;
+    }
+    static V add(V a, V b) { return ++tally.addSub, laneWise(a, b, [](Real x, Real y) { return x + y; }); }
+    static V sub(V a, V b) { return ++tally.addSub, laneWise(a, b, [](Real x, Real y) { return x - y; }); }
+    static V mul(V a, V b) { return ++tally.mul, laneWise(a, b, [](Real x, Real y) { return x * y; }); }
+    static V broadcast(Real x)
+    {
+        V v;
+        std::fill(v.lane, v.lane + kLanes, x);
+        return v;
+    }
+    // (a0, b0, a1, b1) / (a2, b2, a3, b3) in four lanes, (a0, b0) / (a1, b1) in two.
+    static V unpackLo(V a, V b) { return interleave(a, b, 0); }
+    static V unpackHi(V a, V b) { return interleave(a, b, kLanes / 2); }
+    static V moveLowHalves(V a, V b) { return ++tally.shuffle, V{{a.lane[0], a.lane[1], b.lane[0], b.lane[1]}}; }
+    static V moveHighHalves(V a, V b) { return ++tally.shuffle, V{{a.lane[2], a.lane[3], b.lane[2], b.lane[3]}}; }
+
+    static V load(const Real* p)
+    {
+        touchBuffer(p);
+        V v;
+        std::memcpy(v.lane, p, sizeof v.lane);
+        return v;
+    }
+    static void store(Real* p, V v)
+    {
+        touchBuffer(p);
+        std::memcpy(p, v.lane, sizeof v.lane);
+    }
+
+private:
+    static V interleave(V a, V b, int from)
+    {
+        ++tally.shuffle;
+        V v;
+        for (int i = 0; i < kLanes / 2; ++i) {
+            v.lane[2 * i] = a.lane[from + i];
+            v.lane[2 * i + 1] = b.lane[from + i];
+        }
+        return v;
+    }
+    static void touchBuffer(const Real* p)
+    {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(p);
+        ++tally.bufferAccesses;
+        tally.misalignedBufferAccesses += (reinterpret_cast<uintptr_t>(p) & 15) != 0;
+        tally.bufferLow = std::min<long>(tally.bufferLow, bytes - tally.buffer);
+        tally.bufferHigh = std::max<long>(tally.bufferHigh, bytes + 16 - tally.buffer);
+    }
+};
+
+// Moves of src and dst, which the counting passes tell apart from the
+// buffer's.
+template <class Ops>
+struct CountingAccess {
+    static typename Ops::V load(const typename Ops::Real* p)
+    {
+        ++tally.srcLoads;
+        tally.lastSrcLoad = tally.clock++;
+        typename Ops::V v;
+        std::memcpy(v.lane, p, sizeof v.lane);
+        return v;
+    }
+    static void store(typename Ops::Real* p, typename Ops::V v)
+    {
+        ++tally.dstStores;
+        if (tally.firstDstStore < 0)
+            tally.firstDstStore = tally.clock;
+        ++tally.clock;
+        std::memcpy(p, v.lane, sizeof v.lane);
+    }
+};
+
+// Vector additions and subtractions of the small orders 3 to 7, in 32f and
+// 64f (0: scalar order).
+constexpr long kSmallOrderAddSub[2][5] = {{0, 16, 40, 96, 224}, {12, 32, 80, 192, 448}};
+
+struct CountCase {
+    bool is64;
+    int order;
+};
+
+class WhtCountTest : public ::testing::TestWithParam<CountCase> {};
+
+template <class Real, int Order>
+void countOrder()
+{
+    using Ops = CountingOps<Real>;
+    constexpr int n = 1 << Order, lanes = Ops::kLanes;
+    const auto input = tvktest::randomReals<Real>(n, 300 + Order);
+    std::vector<Real> out(n), shipped(n);
+    const Real scale = tvkgen::wht::kScales<Real, Order>[2];
+    alignas(16) static unsigned char buffer[73728];
+    tally = Tally{};
+    tally.buffer = buffer;
+    if constexpr (Order < tvkgen::wht::kFirstBufferedOrder)
+        tvkgen::wht::vectorBody<Ops, Order, CountingAccess<Ops>>(input.data(), out.data(), scale);
+    else
+        tvkgen::wht::passes<Ops, Order, CountingAccess<Ops>>(input.data(), out.data(), scale,
+                                                             reinterpret_cast<Real*>(buffer));
+
+    const TvkStatus status = sizeof(Real) == 8
+        ? tvkgWHT_64f(reinterpret_cast<const Tvk64f*>(input.data()), reinterpret_cast<Tvk64f*>(shipped.data()), Order,
+                      ScaleDivBySqrtN, nullptr)
+        : tvkgWHT_32f(reinterpret_cast<const Tvk32f*>(input.data()), reinterpret_cast<Tvk32f*>(shipped.data()), Order,
+                      ScaleDivBySqrtN, nullptr);
+    ASSERT_EQ(status, StatusOk);
+    EXPECT_TRUE(tvktest::sameBits(out.data(), shipped.data(), n)) << "counted description differs from the kernel";
+
+    // N * order / L vector additions and subtractions and N / L products;
+    // two transpositions of every vector at L / 2 shuffles each: N shuffles.
+    EXPECT_EQ(tally.addSub, long{n} * Order / lanes);
+    if (Order < tvkgen::wht::kFirstBufferedOrder) {
+        EXPECT_EQ(tally.addSub, kSmallOrderAddSub[sizeof(Real) == 8][Order - 3]);
+    }
+    EXPECT_EQ(tally.mul, n / lanes);
+    EXPECT_EQ(tally.shuffle, n);
+    EXPECT_EQ(tally.srcLoads, n / lanes);
+    EXPECT_EQ(tally.dstStores, n / lanes);
+    EXPECT_LT(tally.lastSrcLoad, tally.firstDstStore) << "dst written before src was read to the end";
+
+    const int32_t bufferBytes = tvkgen::wht::bufferBytes<Real>(Order);
+    if (Order < tvkgen::wht::kFirstBufferedOrder) {
+        EXPECT_EQ(tally.bufferAccesses, 0);
+    } else {
+        EXPECT_EQ(tally.misalignedBufferAccesses, 0);
+        EXPECT_EQ(tally.bufferLow, 0);
+        EXPECT_EQ(tally.bufferHigh, bufferBytes) << "buffer not used to its last byte, or beyond it";
+    }
+}
+
+// The vector orders: 3 to 13 in 64f, 4 to 13 in 32f.
+template <class Real>
+constexpr int kFirstVectorOrder = sizeof(Real) == 8 ? 3 : 4;
+
+template <class Real, int... I>
+void countOrders(int order, std::integer_sequence<int, I...>)
+{
+    constexpr int first = kFirstVectorOrder<Real>;
+    ((order == first + I ? countOrder<Real, first + I>() : void()), ...);
+}
+
+TEST_P(WhtCountTest, OperationsAndMemoryOfTheFactorisation)
+{
+    const CountCase c = GetParam();
+    if (c.is64)
+        countOrders<double>(c.order, std::make_integer_sequence<int, 14 - kFirstVectorOrder<double>>{});
+    else
+        countOrders<float>(c.order, std::make_integer_sequence<int, 14 - kFirstVectorOrder<float>>{});
+}
+
+std::vector<CountCase> countCases()
+{
+    std::vector<CountCase> cases;
+    for (bool is64 : {false, true})
+        for (int order = is64 ? kFirstVectorOrder<double> : kFirstVectorOrder<float>; order <= 13; ++order)
+            cases.push_back({is64, order});
+    return cases;
+}
+
+INSTANTIATE_TEST_SUITE_P(VectorOrders, WhtCountTest, ::testing::ValuesIn(countCases()), [](const auto& info) {
+    return "Order" + std::to_string(info.param.order) + (info.param.is64 ? "_64f" : "_32f");
+});
+
+} // namespace
