@@ -95,6 +95,11 @@ struct WhtKernel {
 
 void PrintTo(const WhtKernel& k, std::ostream* out) { *out << k.name(); }
 
+std::string orderLabel(const ::testing::TestParamInfo<WhtKernel>& info)
+{
+    return "Order" + std::to_string(info.param.order) + "_" + info.param.type();
+}
+
 std::vector<WhtKernel> allKernels()
 {
     std::vector<WhtKernel> kernels;
@@ -223,7 +228,7 @@ TEST_P(WhtTest, NetworkBitForBitEverywhere)
                     ASSERT_TRUE(std::equal(expected.begin(), expected.end(), out.begin()))
                         << "flag " << flag << ", src +" << srcOffset << ", dst +" << dstOffset
                         << (buffer ? ", caller's buffer" : "");
-                    EXPECT_TRUE(std::all_of(out.begin() + k.bytes(), out.end(), [](unsigned char b) { return b == 0xEE; }))
+                    EXPECT_TRUE(std::all_of(out.begin() + k.bytes(), out.end(), [](auto b) { return b == 0xEE; }))
                         << "wrote past dst";
                     EXPECT_EQ(0, std::memcmp(src.get(), input.data(), k.bytes())) << "src changed";
                 }
@@ -305,7 +310,7 @@ TEST_P(WhtTest, DispatcherChecksTheOrderThenRunsTheKernel)
 }
 
 INSTANTIATE_TEST_SUITE_P(AllOrders, WhtTest, ::testing::ValuesIn(allKernels()),
-                         [](const auto& info) { return "Order" + std::to_string(info.param.order) + "_" + info.param.type(); });
+                         orderLabel);
 
 // ---- orders 1 to 7: buffer never followed ---------------------------------------
 
@@ -318,7 +323,8 @@ TEST_P(WhtSmallTest, BufferIsNeverFollowed)
     gMallocCalls = 0;
     ASSERT_EQ(k.run(input.data(), withNull.data(), ScaleDivBySqrtN, nullptr), StatusOk);
     // An address that faults if followed.
-    ASSERT_EQ(k.run(input.data(), withGarbage.data(), ScaleDivBySqrtN, reinterpret_cast<void*>(uintptr_t{8})), StatusOk);
+    void* const garbage = reinterpret_cast<void*>(uintptr_t{8});
+    ASSERT_EQ(k.run(input.data(), withGarbage.data(), ScaleDivBySqrtN, garbage), StatusOk);
     EXPECT_EQ(withNull, withGarbage);
     EXPECT_EQ(gMallocCalls, 0);
 }
@@ -333,7 +339,7 @@ std::vector<WhtKernel> kernelsWhere(bool buffered)
 }
 
 INSTANTIATE_TEST_SUITE_P(Orders1To7, WhtSmallTest, ::testing::ValuesIn(kernelsWhere(false)),
-                         [](const auto& info) { return "Order" + std::to_string(info.param.order) + "_" + info.param.type(); });
+                         orderLabel);
 
 // ---- orders 8 to 13: the work buffer ------------------------------------------------
 
@@ -363,7 +369,7 @@ TEST_P(WhtBufferedTest, ExactSizeBufferIsUsedWhole)
     EXPECT_TRUE(work.guardIntact(0xFF)) << "wrote past the buffer";
     const std::vector<unsigned char> sentinel(k.realBytes(), 0xFF);
     for (size_t at = 0; at < work.size; at += k.realBytes())
-        ASSERT_NE(0, std::memcmp(work.data + at, sentinel.data(), k.realBytes())) << "element at byte " << at << " unwritten";
+        ASSERT_NE(0, std::memcmp(work.data + at, sentinel.data(), k.realBytes())) << "byte " << at << " unwritten";
 }
 
 // Each block and column is read whole before its place is written, so the
@@ -415,7 +421,7 @@ TEST_P(WhtBufferedTest, NullBufferAllocatesOnceForTheCall)
 }
 
 INSTANTIATE_TEST_SUITE_P(Orders8To13, WhtBufferedTest, ::testing::ValuesIn(kernelsWhere(true)),
-                         [](const auto& info) { return "Order" + std::to_string(info.param.order) + "_" + info.param.type(); });
+                         orderLabel);
 
 // ---- threads -----------------------------------------------------------------------
 
@@ -474,7 +480,8 @@ template <class Real, class Bits>
 void expectImpulseBits(const char* type, int order, int flag, Bits bits)
 {
     const std::string name = "tvkgWHT_" + std::to_string(order) + "_" + type;
-    auto* kernel = reinterpret_cast<TvkStatus (*)(const Real*, Real*, int, uint8_t*)>(dlsym(RTLD_DEFAULT, name.c_str()));
+    using Kernel = TvkStatus (*)(const Real*, Real*, int, uint8_t*);
+    const auto kernel = reinterpret_cast<Kernel>(dlsym(RTLD_DEFAULT, name.c_str()));
     ASSERT_NE(kernel, nullptr) << name;
     std::vector<Real> src(size_t{1} << order, 0), dst(src.size());
     src[0] = 1;

@@ -75,7 +75,9 @@ TVKG_INLINE void columnStage(const typename Ops::Real* from, typename Ops::Real*
         typename Ops::V v[R];
         unrolled<R>([&](auto k) TVKG_LAMBDA_INLINE { v[k] = From::load(from + c + k * Stride); });
         column<Ops, R, 1>(v);
-        unrolled<R>([&](auto k) TVKG_LAMBDA_INLINE { To::store(to + c + k * Stride, Scaled ? Ops::mul(v[k], scale) : v[k]); });
+        unrolled<R>([&](auto k) TVKG_LAMBDA_INLINE {
+            To::store(to + c + k * Stride, Scaled ? Ops::mul(v[k], scale) : v[k]);
+        });
     }
 }
 
