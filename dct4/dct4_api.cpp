@@ -1,5 +1,6 @@
-// The exported life cycle of DCT-IV plans in both element types.
+// The exported life cycle and run of DCT-IV plans in both element types.
 #include "plan_build.h"
+#include "plan_run.h"
 #include "tvkcore.h"
 #include "tvkgen.h"
 
@@ -60,3 +61,13 @@ TvkStatus tvkgDCT4InitAlloc_64f(TvkgDCT4Plan_64f** plan, int len) { return initA
 
 TvkStatus tvkgDCT4Free_32f(TvkgDCT4Plan_32f* plan) { return freePlan(plan); }
 TvkStatus tvkgDCT4Free_64f(TvkgDCT4Plan_64f* plan) { return freePlan(plan); }
+
+TvkStatus tvkgDCT4_32f(const Tvk32f* src, Tvk32f* dst, const TvkgDCT4Plan_32f* plan)
+{
+    return runPlan<float>(src, dst, reinterpret_cast<const Dct4Plan*>(plan));
+}
+
+TvkStatus tvkgDCT4_64f(const Tvk64f* src, Tvk64f* dst, const TvkgDCT4Plan_64f* plan)
+{
+    return runPlan<double>(src, dst, reinterpret_cast<const Dct4Plan*>(plan));
+}

@@ -3,6 +3,8 @@
 //   kernelgen dft-complex <32fc|64fc> <size> <out.cpp>
 //   kernelgen dft-complex-dispatch <out.cpp>
 //   kernelgen dft-complex-counts <out.h>
+//   kernelgen dct4-pieces <out.h>
+//   kernelgen dct4-direct <out.cpp>
 //
 // Output is deterministic; a file whose content would not change is left
 // untouched so that the build does not recompile it.
@@ -12,6 +14,7 @@
 #include <sstream>
 #include <string>
 
+#include "dct4.h"
 #include "print_cpp.h"
 
 namespace {
@@ -35,7 +38,9 @@ int usage()
 {
     std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> <out.cpp>\n"
                  "       kernelgen dft-complex-dispatch <out.cpp>\n"
-                 "       kernelgen dft-complex-counts <out.h>\n";
+                 "       kernelgen dft-complex-counts <out.h>\n"
+                 "       kernelgen dct4-pieces <out.h>\n"
+                 "       kernelgen dct4-direct <out.cpp>\n";
     return 2;
 }
 
@@ -61,6 +66,14 @@ int main(int argc, char** argv)
         }
         if (command == "dft-complex-counts" && argc == 3) {
             writeIfChanged(argv[2], printComplexCountsHeader(command));
+            return 0;
+        }
+        if (command == "dct4-pieces" && argc == 3) {
+            writeIfChanged(argv[2], printDct4PiecesHeader(command));
+            return 0;
+        }
+        if (command == "dct4-direct" && argc == 3) {
+            writeIfChanged(argv[2], printDct4DirectFile(command));
             return 0;
         }
         return usage();

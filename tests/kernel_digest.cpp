@@ -85,11 +85,42 @@ bool digestWhtKernels(const char* type, Dispatcher dispatcher)
     return true;
 }
 
+// DCT-IV plans of every direct length, of the column kernel lengths and of
+// one and two split levels.
+template <class Real, class Plan, class GetSize, class Init, class Run>
+bool digestDct4(const char* type, GetSize getSize, Init init, Run run)
+{
+    for (int len : {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 32768, 131072}) {
+        int32_t size = 0;
+        if (getSize(len, &size) != StatusOk)
+            return false;
+        std::vector<uint8_t> mem(size);
+        Plan* plan = nullptr;
+        if (init(&plan, len, mem.data()) != StatusOk)
+            return false;
+        const size_t bytes = len * sizeof(Real);
+        std::vector<unsigned char> src(bytes + 16), dst(bytes + 16);
+        uint64_t hash = 0xcbf29ce484222325ULL;
+        for (unsigned seed = 0; seed < 2; ++seed)
+            for (int offset : {0, static_cast<int>(sizeof(Real))}) {
+                fixedInput(sizeof(Real) == 8, len, src.data() + offset, seed);
+                if (run(reinterpret_cast<const Real*>(src.data() + offset), reinterpret_cast<Real*>(dst.data() + offset),
+                        plan) != StatusOk)
+                    return false;
+                hash = fnv1a(dst.data() + offset, bytes, hash);
+            }
+        printDigest("tvkgDCT4_" + std::to_string(len) + "_" + type, hash);
+    }
+    return true;
+}
+
 } // namespace
 
 int main()
 {
     const bool ok = digestComplexKernels() && digestWhtKernels<Tvk32f>("32f", tvkgWHT_32f) &&
-                    digestWhtKernels<Tvk64f>("64f", tvkgWHT_64f);
+                    digestWhtKernels<Tvk64f>("64f", tvkgWHT_64f) &&
+                    digestDct4<Tvk32f, TvkgDCT4Plan_32f>("32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
+                    digestDct4<Tvk64f, TvkgDCT4Plan_64f>("64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
     return ok ? 0 : 1;
 }

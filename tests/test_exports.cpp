@@ -48,7 +48,7 @@ std::set<std::string> expectedExports()
         names.insert(std::string("tvkgWHTGetBufferSize_") + type);
     }
     for (const char* type : {"_32f", "_64f"})
-        for (const char* lifeCycle : {"tvkgDCT4GetSize", "tvkgDCT4Init", "tvkgDCT4InitAlloc", "tvkgDCT4Free"})
+        for (const char* lifeCycle : {"tvkgDCT4GetSize", "tvkgDCT4Init", "tvkgDCT4InitAlloc", "tvkgDCT4", "tvkgDCT4Free"})
             names.insert(std::string(lifeCycle) + type);
     return names;
 }

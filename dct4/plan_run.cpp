@@ -1,0 +1,276 @@
+// Execution of a two-stage plan: the column step fills the root's work
+// matrix with the half-bin DFTs of the input's columns (directly, or through
+// split levels), the recombine step rotates each row pair and turns it into
+// 2r outputs. Every kernel takes L neighbouring columns or row pairs as the
+// lanes of one vector; the straight-line arithmetic is generated
+// (dct4_pieces.h), the loops and addressing are here, all from the integer
+// fields of the nodes.
+#include "plan_run.h"
+
+#include <type_traits>
+
+#include "dct4_pieces.h"
+#include "plan_tables.h"
+
+namespace tvkgen::dct4 {
+
+namespace {
+
+using namespace simd;
+
+// Vector type and moves of an element type. The caller's arrays are moved
+// without any alignment assumption, the plan's blocks with aligned moves.
+template <class Real>
+struct Lanes;
+
+template <>
+struct Lanes<float> {
+    using V = V4f;
+    static TVKG_INLINE V loadAny(const float* p) { return loadu(p); }
+    static TVKG_INLINE void storeAny(float* p, V v) { storeu(p, v); }
+    static TVKG_INLINE V reverse(V v) { return shuffle<3, 2, 1, 0>(v, v); }
+    // Rows in, columns out.
+    static TVKG_INLINE void transpose(V* v)
+    {
+        const V t0 = unpackLo(v[0], v[1]), t1 = unpackLo(v[2], v[3]);
+        const V t2 = unpackHi(v[0], v[1]), t3 = unpackHi(v[2], v[3]);
+        v[0] = moveLowHalves(t0, t1);
+        v[1] = moveHighHalves(t0, t1);
+        v[2] = moveLowHalves(t2, t3);
+        v[3] = moveHighHalves(t2, t3);
+    }
+};
+
+template <>
+struct Lanes<double> {
+    using V = V2d;
+    static TVKG_INLINE V loadAny(const double* p) { return loadHalves(p); }
+    static TVKG_INLINE void storeAny(double* p, V v) { storeHalves(p, v); }
+    static TVKG_INLINE V reverse(V v) { return swapLanes(v); }
+    static TVKG_INLINE void transpose(V* v)
+    {
+        const V lo = unpackLo(v[0], v[1]);
+        v[1] = unpackHi(v[0], v[1]);
+        v[0] = lo;
+    }
+};
+
+template <int n>
+using Size = std::integral_constant<int, n>;
+
+// The input as the kernels see it. Sample t of a column that starts at
+// `read` is xe[read + stride t]; the half-sample mirror xe[n] = x[-1 - n] is
+// read from the top down as x[mirror - read - stride (len + t)], with
+// stride x len = 2N at every level. A split level's sub-column c' starts
+// 2R c' further on in the input but stands R c' further on in the matrix.
+template <class Real>
+struct Input {
+    const Real* x;
+    int32_t mirror;
+};
+
+// Half-bin DFT of length n of the L columns read from `read`, into rows 2p
+// (real parts) and 2p + 1 (imaginary parts) of a matrix with `rowStride`,
+// from column `start`.
+template <class Real, int n>
+void halfBinBlock(Input<Real> in, int32_t read, int32_t stride, Real* out, int32_t start, int32_t rowStride)
+{
+    using L = Lanes<Real>;
+    constexpr int lanes = kLanes<Real>;
+    typename L::V v[n], z[n];
+    for (int t = 0; t < n / 2; ++t) {
+        v[n / 2 + t] = L::loadAny(in.x + read + stride * t);
+        v[n / 2 - 1 - t] = L::reverse(L::loadAny(in.x + in.mirror - read - stride * (n - 1 - t) - (lanes - 1)));
+    }
+    pieces::halfBinDft(Size<n>{}, v, z);
+    for (int k = 0; k < n; ++k)
+        store(out + k * rowStride + start, z[k]);
+}
+
+template <class Real>
+void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, Real* out, uint8_t* arena);
+
+// A column or sub-column block by the length kind: straight-line for 2 to
+// 64, a split level for longer ones.
+template <class Real>
+void columnBlock(int32_t kind, Ref splitList, Input<Real> in, int32_t read, int32_t stride, Real* out,
+                 int32_t start, int32_t rowStride, uint8_t* arena)
+{
+    switch (kind) {
+    case 1: halfBinBlock<Real, 2>(in, read, stride, out, start, rowStride); return;
+    case 2: halfBinBlock<Real, 4>(in, read, stride, out, start, rowStride); return;
+    case 3: halfBinBlock<Real, 8>(in, read, stride, out, start, rowStride); return;
+    case 4: halfBinBlock<Real, 16>(in, read, stride, out, start, rowStride); return;
+    case 5: halfBinBlock<Real, 32>(in, read, stride, out, start, rowStride); return;
+    case 6: halfBinBlock<Real, 64>(in, read, stride, out, start, rowStride); return;
+    case 7: {
+        const Ref split = listNth(recordAt<ListCell>(arena, splitList), 0);
+        runSplit<Real>(recordAt<SplitNode>(arena, split), in, read, start, out, arena);
+        return;
+    }
+    }
+}
+
+// One group g of the twiddle step for the L columns from `start`: the s
+// sub-column values of row pair g, their twiddles, the s-point butterfly,
+// and the s results at rows g + m' l and, mirrored, m' - 1 - g + m' l.
+template <class Real, int s>
+void twiddleBlock(const TwiddleKernel* k, const Real* table, const Real* work, int32_t start, Real* out)
+{
+    using V = typename Lanes<Real>::V;
+    constexpr int lanes = kLanes<Real>;
+    constexpr int pairs = s <= 8 ? s - 1 : 3 * (s / 4) + s / 4 - 1;
+    const int32_t half = k->groupStride / 2;
+    const Real* sectionTwo = table + k->groupCount * 3 * (s / 4) * 2 * lanes;
+    for (int32_t g = 0; g < k->groupCount; ++g) {
+        V v[2 * s + 2 * pairs], f[2 * s];
+        const Real* row = work + g * k->groupStride + start;
+        for (int c = 0; c < s; ++c) {
+            v[2 * c] = load(row + c * k->inRowStride);
+            v[2 * c + 1] = load(row + half + c * k->inRowStride);
+        }
+        if constexpr (s <= 8) {
+            for (int i = 0; i < 2 * pairs; ++i)
+                v[2 * s + i] = load(table + (g * pairs * 2 + i) * lanes);
+        } else {
+            constexpr int first = 3 * (s / 4);
+            for (int i = 0; i < 2 * first; ++i)
+                v[2 * s + i] = load(table + (g * first * 2 + i) * lanes);
+            for (int i = 0; i < 2 * (pairs - first); ++i)
+                v[2 * s + 2 * first + i] = load(sectionTwo + (g * (pairs - first) * 2 + i) * lanes);
+        }
+        pieces::twiddleButterfly(Size<s>{}, v, f);
+        const int32_t rowPair = 2 * k->outRowStride;
+        for (int l = 0; l < s / 2; ++l) {
+            Real* direct = out + (g + k->subLen * l) * rowPair + start;
+            store(direct, f[2 * l]);
+            store(direct + k->outRowStride, f[2 * l + 1]);
+            Real* mirrored = out + (k->subLen - 1 - g + k->subLen * l) * rowPair + start;
+            store(mirrored, f[s + 2 * l]);
+            store(mirrored + k->outRowStride, f[s + 2 * l + 1]);
+        }
+    }
+}
+
+// A split level for the L columns from `start`: the s sub-columns into the
+// node's work, then the twiddle step into the caller's matrix.
+template <class Real>
+void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, Real* out, uint8_t* arena)
+{
+    if (split->kind != 1)
+        return;
+    Real* work = recordAt<Real>(arena, split->work);
+    const auto* sub = recordAt<SubColumnKernel>(arena, listNth(recordAt<ListCell>(arena, split->subColumnList), 0));
+    for (int32_t c = 0; c < sub->radix; ++c)
+        columnBlock<Real>(sub->kind, sub->splitList, in, read + c * sub->inStride, sub->groupStride, work,
+                          start + c * sub->rowStride, sub->nextRowStride, arena);
+
+    const auto* twiddle = recordAt<TwiddleKernel>(arena, listNth(recordAt<ListCell>(arena, split->twiddleList), 0));
+    const Real* table = recordAt<Real>(arena, twiddle->table);
+    switch (twiddle->kind) {
+    case 1: twiddleBlock<Real, 2>(twiddle, table, work, start, out); return;
+    case 2: twiddleBlock<Real, 4>(twiddle, table, work, start, out); return;
+    case 3: twiddleBlock<Real, 8>(twiddle, table, work, start, out); return;
+    case 4: twiddleBlock<Real, 16>(twiddle, table, work, start, out); return;
+    case 5: twiddleBlock<Real, 32>(twiddle, table, work, start, out); return;
+    }
+}
+
+template <class Real>
+void runColumnKernel(const ColumnKernel* k, const Real* src, Real* work, uint8_t* arena)
+{
+    const Input<Real> in{src, k->mirror};
+    for (int32_t block = 0; block < k->blockCount; ++block) {
+        const int32_t start = block * kLanes<Real>;
+        columnBlock<Real>(k->kind, k->splitList, in, start, k->inStride, work, start, k->rowStride, arena);
+    }
+}
+
+// Row pairs L b .. L b + L - 1 as lanes: columns of the work block are
+// transposed into vectors over the row pairs, rotated by the table and
+// recombined into 2r outputs, the odd ones written from the top down.
+template <class Real, int r>
+void runRecombine(const RecombineKernel* k, const Real* work, Real* dst, uint8_t* arena)
+{
+    using L = Lanes<Real>;
+    using V = typename L::V;
+    constexpr int lanes = kLanes<Real>;
+    static_assert(r % lanes == 0, "columns are transposed in L x L tiles");
+    const Real* table = recordAt<Real>(arena, k->table);
+    for (int32_t b = 0; b < k->blockCount; ++b) {
+        const Real* block = work + b * k->blockStride;
+        V v[4 * r], y[2 * r];
+        for (int part = 0; part < 2; ++part)
+            for (int c0 = 0; c0 < r; c0 += lanes) {
+                V tile[lanes];
+                for (int l = 0; l < lanes; ++l)
+                    tile[l] = load(block + (2 * l + part) * r + c0);
+                L::transpose(tile);
+                for (int c = 0; c < lanes; ++c)
+                    v[2 * (c0 + c) + part] = tile[c];
+            }
+        const Real* rotation = table + b * 2 * r * lanes;
+        for (int i = 0; i < r; ++i) {
+            const int c = columnOrder(r, i);
+            v[2 * r + 2 * c] = load(rotation + 2 * i * lanes);
+            v[2 * r + 2 * c + 1] = load(rotation + (2 * i + 1) * lanes);
+        }
+        pieces::recombine(Size<r>{}, v, y);
+        const int32_t first = b * lanes;
+        for (int q = 0; q < 2 * r; q += 2)
+            L::storeAny(dst + (q / 2) * k->rowStride + first, y[q]);
+        for (int q = 1; q < 2 * r; q += 2)
+            L::storeAny(dst + k->mirror - (2 * r - (q + 1) / 2) * k->rowStride - first - (lanes - 1), L::reverse(y[q]));
+    }
+}
+
+template <class Real>
+void runRecombineKernel(const RecombineKernel* k, const Real* work, Real* dst, uint8_t* arena)
+{
+    switch (k->kind) {
+    case 2:
+        if constexpr (kLanes<Real> <= 2)
+            runRecombine<Real, 2>(k, work, dst, arena);
+        return;
+    case 3: runRecombine<Real, 4>(k, work, dst, arena); return;
+    case 4: runRecombine<Real, 8>(k, work, dst, arena); return;
+    case 5: runRecombine<Real, 16>(k, work, dst, arena); return;
+    case 6: runRecombine<Real, 32>(k, work, dst, arena); return;
+    }
+}
+
+template <class Node>
+const Node* firstEntry(uint8_t* arena, Ref list)
+{
+    return recordAt<Node>(arena, listNth(recordAt<ListCell>(arena, list), 0));
+}
+
+} // namespace
+
+template <class Real>
+TvkStatus runPlan(const Real* src, Real* dst, const Dct4Plan* plan)
+{
+    if (plan == nullptr || src == nullptr || dst == nullptr)
+        return StatusNullPointer;
+    if (plan->kind >= 1 && plan->kind <= 5) {
+        runDirect(plan->kind, src, dst);
+        return StatusOk;
+    }
+    if (plan->kind != kRootTwoStage)
+        return StatusBadArgument;
+    // The work blocks are the only part of a plan that a run writes.
+    uint8_t* arena = blockOf(&plan->head);
+    Real* work = recordAt<Real>(arena, plan->work);
+    const auto* columns = firstEntry<ColumnStage>(arena, plan->columnList);
+    if (columns->kind == 1)
+        runColumnKernel(firstEntry<ColumnKernel>(arena, columns->kernelList), src, work, arena);
+    const auto* recombine = firstEntry<RecombineStage>(arena, plan->recombineList);
+    if (recombine->kind == 1)
+        runRecombineKernel(firstEntry<RecombineKernel>(arena, recombine->kernelList), work, dst, arena);
+    return StatusOk;
+}
+
+template TvkStatus runPlan<float>(const float*, float*, const Dct4Plan*);
+template TvkStatus runPlan<double>(const double*, double*, const Dct4Plan*);
+
+} // namespace tvkgen::dct4
