@@ -14,6 +14,7 @@
 #include "plan_routines.h"
 #include "plan_tables.h"
 #include "tvkcore.h"
+#include "dct4_api.h"
 #include "tvkgen.h"
 
 // ---- A counting allocator in front of tvkcore -------------------------------
@@ -57,25 +58,8 @@ namespace {
 
 using namespace tvkgen::dct4;
 
-// Both element types through one interface.
 template <class Real>
-struct Api;
-template <>
-struct Api<float> {
-    using Plan = TvkgDCT4Plan_32f;
-    static constexpr auto getSize = tvkgDCT4GetSize_32f;
-    static constexpr auto init = tvkgDCT4Init_32f;
-    static constexpr auto initAlloc = tvkgDCT4InitAlloc_32f;
-    static constexpr auto free = tvkgDCT4Free_32f;
-};
-template <>
-struct Api<double> {
-    using Plan = TvkgDCT4Plan_64f;
-    static constexpr auto getSize = tvkgDCT4GetSize_64f;
-    static constexpr auto init = tvkgDCT4Init_64f;
-    static constexpr auto initAlloc = tvkgDCT4InitAlloc_64f;
-    static constexpr auto free = tvkgDCT4Free_64f;
-};
+using Api = tvktest::Dct4Api<Real>;
 
 template <class Real>
 int32_t sizeOf(int len)

@@ -13,26 +13,13 @@
 
 #include "plan_nodes.h"
 #include "test_support.h"
+#include "dct4_api.h"
 #include "tvkgen.h"
 
 namespace {
 
 template <class Real>
-struct Api;
-template <>
-struct Api<float> {
-    using Plan = TvkgDCT4Plan_32f;
-    static constexpr auto getSize = tvkgDCT4GetSize_32f;
-    static constexpr auto init = tvkgDCT4Init_32f;
-    static constexpr auto run = tvkgDCT4_32f;
-};
-template <>
-struct Api<double> {
-    using Plan = TvkgDCT4Plan_64f;
-    static constexpr auto getSize = tvkgDCT4GetSize_64f;
-    static constexpr auto init = tvkgDCT4Init_64f;
-    static constexpr auto run = tvkgDCT4_64f;
-};
+using Api = tvktest::Dct4Api<Real>;
 
 // A plan in a block of its own.
 template <class Real>
