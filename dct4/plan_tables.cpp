@@ -87,17 +87,6 @@ Real sourceValue(const PlanNode* source, int32_t a, int32_t b, int32_t c)
 template float sourceValue<float>(const PlanNode*, int32_t, int32_t, int32_t);
 template double sourceValue<double>(const PlanNode*, int32_t, int32_t, int32_t);
 
-int32_t columnOrder(int32_t radix, int32_t i)
-{
-    // Pairs c and 31 - c on even and odd places; the even places follow the
-    // input order of the 64-point output kernel.
-    static constexpr int32_t kOrder32[32] = {0,  31, 16, 15, 4,  27, 20, 11, 8,  23, 24, 7,  12, 19, 28, 3,
-                                             1,  30, 17, 14, 5,  26, 21, 10, 9,  22, 25, 6,  13, 18, 29, 2};
-    if (radix == 32)
-        return kOrder32[i];
-    return (i & 1) ? radix - 1 - i / 2 : i / 2;
-}
-
 template <class Real>
 void fillRotationTable(RecombineKernel* kernel)
 {

@@ -20,7 +20,16 @@ template <class Real>
 void fillTwiddleTable(TwiddleKernel* kernel);
 
 // The order in which the rotation table and the recombine kernel take the
-// columns of a radix.
-int32_t columnOrder(int32_t radix, int32_t i);
+// columns of a radix: c and r - 1 - c on even and odd places. For radix 32
+// the even places follow the input order of the 64-point output kernel.
+inline constexpr int32_t kColumnOrder32[32] = {0, 31, 16, 15, 4,  27, 20, 11, 8,  23, 24, 7,  12, 19, 28, 3,
+                                               1, 30, 17, 14, 5,  26, 21, 10, 9,  22, 25, 6,  13, 18, 29, 2};
+
+constexpr int32_t columnOrder(int32_t radix, int32_t i)
+{
+    if (radix == 32)
+        return kColumnOrder32[i];
+    return (i & 1) ? radix - 1 - i / 2 : i / 2;
+}
 
 } // namespace tvkgen::dct4
