@@ -1,7 +1,8 @@
 // The expression graph of one kernel: typed values (scalar or 128-bit
 // vector, binary32 or binary64) and the operations between them, in the
-// order in which a method builder created them. That order is the order of
-// evaluation, so every rounding stands where the builder put it.
+// order in which a method builder created them. Each operation rounds once,
+// in its own type, from its operands alone, so any order that keeps operands
+// first gives the same bits: the printer chooses its own (schedule.h).
 #pragma once
 
 #include <string>

@@ -6,6 +6,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "schedule.h"
+
 namespace kernelgen {
 
 namespace {
@@ -40,15 +42,12 @@ std::string header(const std::string& invocation)
 
 std::string var(int id) { return "v" + std::to_string(id); }
 
-// One statement per live node, in the builder's order.
+// One statement per live node, in emission order.
 std::string printBody(const Graph& g, const std::string& indent)
 {
     std::ostringstream out;
-    const std::vector<bool> live = g.liveNodes();
     bool stored = false;
-    for (size_t i = 0; i < g.nodes().size(); ++i) {
-        if (!live[i])
-            continue;
+    for (const int i : emissionOrder(g)) {
         const Node& n = g.nodes()[i];
         const bool vec = isVector(n.kind);
         const std::string a = n.a >= 0 ? var(n.a) : "";
@@ -82,7 +81,7 @@ std::string printBody(const Graph& g, const std::string& indent)
         case Op::Widen: expr = "static_cast<double>(" + a + ")"; break;
         case Op::Narrow: expr = "static_cast<float>(" + a + ")"; break;
         }
-        out << indent << "const " << cppType(n.kind) << " " << var(static_cast<int>(i)) << " = " << expr << ";\n";
+        out << indent << "const " << cppType(n.kind) << " " << var(i) << " = " << expr << ";\n";
     }
     return out.str();
 }
