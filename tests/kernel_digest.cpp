@@ -85,12 +85,12 @@ bool digestWhtKernels(const char* type, Dispatcher dispatcher)
     return true;
 }
 
-// DCT-IV plans of every direct length, of the column kernel lengths and of
-// one and two split levels.
+// DCT-IV plans of every power of two: the direct lengths, the column kernel
+// lengths, and every length of one and of two split levels.
 template <class Real, class Plan, class GetSize, class Init, class Run>
 bool digestDct4(const char* type, GetSize getSize, Init init, Run run)
 {
-    for (int len : {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 32768, 131072}) {
+    for (int len : {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384, 32768, 65536, 131072}) {
         int32_t size = 0;
         if (getSize(len, &size) != StatusOk)
             return false;
