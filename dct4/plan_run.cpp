@@ -7,6 +7,7 @@
 // fields of the nodes.
 #include "plan_run.h"
 
+#include <algorithm>
 #include <type_traits>
 
 #include "dct4_pieces.h"
@@ -58,6 +59,12 @@ struct Lanes<double> {
 template <int n>
 using Size = std::integral_constant<int, n>;
 
+// Neighbouring lane blocks that every pass takes together. The strided
+// moves of the column and recombine steps reach a new cache line at each
+// step; four vectors make one 64-byte line, so each line is used whole
+// while it is at hand instead of being fetched again for every block.
+constexpr int32_t kGroupBlocks = 4;
+
 // The input as the kernels see it. Sample t of a column that starts at
 // `read` is xe[read + stride t]; the half-sample mirror xe[n] = x[-1 - n] is
 // read from the top down as x[mirror - read - stride (len + t)], with
@@ -69,53 +76,61 @@ struct Input {
     int32_t mirror;
 };
 
-// Half-bin DFT of length n of the L columns read from `read`, into rows 2p
-// (real parts) and 2p + 1 (imaginary parts) of a matrix with `rowStride`,
-// from column `start`.
+// Half-bin DFT of length n of `blocks` neighbouring groups of L columns
+// read from `read`, into rows 2p (real parts) and 2p + 1 (imaginary parts)
+// of a matrix with `rowStride`, from column `start`.
 template <class Real, int n>
-void halfBinBlock(Input<Real> in, int32_t read, int32_t stride, Real* out, int32_t start, int32_t rowStride)
+void halfBinBlocks(Input<Real> in, int32_t read, int32_t stride, int32_t blocks, Real* out, int32_t start,
+                   int32_t rowStride)
 {
     using L = Lanes<Real>;
     constexpr int lanes = kLanes<Real>;
-    typename L::V v[n], z[n];
-    for (int t = 0; t < n / 2; ++t) {
-        v[n / 2 + t] = L::loadAny(in.x + read + stride * t);
-        v[n / 2 - 1 - t] = L::reverse(L::loadAny(in.x + in.mirror - read - stride * (n - 1 - t) - (lanes - 1)));
-    }
-    pieces::halfBinDft(Size<n>{}, v, z);
+    typename L::V v[kGroupBlocks][n], z[kGroupBlocks][n];
+    for (int t = 0; t < n / 2; ++t)
+        for (int32_t j = 0; j < blocks; ++j) {
+            const int32_t at = read + lanes * j;
+            v[j][n / 2 + t] = L::loadAny(in.x + at + stride * t);
+            v[j][n / 2 - 1 - t] = L::reverse(L::loadAny(in.x + in.mirror - at - stride * (n - 1 - t) - (lanes - 1)));
+        }
+    for (int32_t j = 0; j < blocks; ++j)
+        pieces::halfBinDft(Size<n>{}, v[j], z[j]);
     for (int k = 0; k < n; ++k)
-        store(out + k * rowStride + start, z[k]);
+        for (int32_t j = 0; j < blocks; ++j)
+            store(out + k * rowStride + start + lanes * j, z[j][k]);
 }
 
 template <class Real>
-void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, Real* out, uint8_t* arena);
+void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, int32_t blocks, Real* out,
+              uint8_t* arena);
 
-// A column or sub-column block by the length kind: straight-line for 2 to
-// 64, a split level for longer ones.
+// Neighbouring column or sub-column blocks by the length kind:
+// straight-line for 2 to 64, a split level for longer ones.
 template <class Real>
-void columnBlock(int32_t kind, Ref splitList, Input<Real> in, int32_t read, int32_t stride, Real* out,
-                 int32_t start, int32_t rowStride, uint8_t* arena)
+void columnBlocks(int32_t kind, Ref splitList, Input<Real> in, int32_t read, int32_t stride, int32_t blocks,
+                  Real* out, int32_t start, int32_t rowStride, uint8_t* arena)
 {
     switch (kind) {
-    case 1: halfBinBlock<Real, 2>(in, read, stride, out, start, rowStride); return;
-    case 2: halfBinBlock<Real, 4>(in, read, stride, out, start, rowStride); return;
-    case 3: halfBinBlock<Real, 8>(in, read, stride, out, start, rowStride); return;
-    case 4: halfBinBlock<Real, 16>(in, read, stride, out, start, rowStride); return;
-    case 5: halfBinBlock<Real, 32>(in, read, stride, out, start, rowStride); return;
-    case 6: halfBinBlock<Real, 64>(in, read, stride, out, start, rowStride); return;
+    case 1: halfBinBlocks<Real, 2>(in, read, stride, blocks, out, start, rowStride); return;
+    case 2: halfBinBlocks<Real, 4>(in, read, stride, blocks, out, start, rowStride); return;
+    case 3: halfBinBlocks<Real, 8>(in, read, stride, blocks, out, start, rowStride); return;
+    case 4: halfBinBlocks<Real, 16>(in, read, stride, blocks, out, start, rowStride); return;
+    case 5: halfBinBlocks<Real, 32>(in, read, stride, blocks, out, start, rowStride); return;
+    case 6: halfBinBlocks<Real, 64>(in, read, stride, blocks, out, start, rowStride); return;
     case 7: {
         const Ref split = listNth(recordAt<ListCell>(arena, splitList), 0);
-        runSplit<Real>(recordAt<SplitNode>(arena, split), in, read, start, out, arena);
+        runSplit<Real>(recordAt<SplitNode>(arena, split), in, read, start, blocks, out, arena);
         return;
     }
     }
 }
 
-// One group g of the twiddle step for the L columns from `start`: the s
-// sub-column values of row pair g, their twiddles, the s-point butterfly,
-// and the s results at rows g + m' l and, mirrored, m' - 1 - g + m' l.
+// One group g of the twiddle step for `blocks` x L columns from `start`:
+// the s sub-column values of row pair g, their twiddles, the s-point
+// butterfly, and the s results at rows g + m' l and, mirrored,
+// m' - 1 - g + m' l.
 template <class Real, int s>
-void twiddleBlock(const TwiddleKernel* k, const Real* table, const Real* work, int32_t start, Real* out)
+void twiddleBlocks(const TwiddleKernel* k, const Real* table, const Real* work, int32_t start, int32_t blocks,
+                   Real* out)
 {
     using V = typename Lanes<Real>::V;
     constexpr int lanes = kLanes<Real>;
@@ -123,56 +138,61 @@ void twiddleBlock(const TwiddleKernel* k, const Real* table, const Real* work, i
     const int32_t half = k->groupStride / 2;
     const Real* sectionTwo = table + k->groupCount * 3 * (s / 4) * 2 * lanes;
     for (int32_t g = 0; g < k->groupCount; ++g) {
-        V v[2 * s + 2 * pairs], f[2 * s];
+        V v[kGroupBlocks][2 * s + 2 * pairs], f[kGroupBlocks][2 * s];
         const Real* row = work + g * k->groupStride + start;
-        for (int c = 0; c < s; ++c) {
-            v[2 * c] = load(row + c * k->inRowStride);
-            v[2 * c + 1] = load(row + half + c * k->inRowStride);
+        for (int c = 0; c < s; ++c)
+            for (int32_t j = 0; j < blocks; ++j) {
+                v[j][2 * c] = load(row + c * k->inRowStride + lanes * j);
+                v[j][2 * c + 1] = load(row + half + c * k->inRowStride + lanes * j);
+            }
+        for (int32_t j = 0; j < blocks; ++j) {
+            if constexpr (s <= 8) {
+                for (int i = 0; i < 2 * pairs; ++i)
+                    v[j][2 * s + i] = load(table + (g * pairs * 2 + i) * lanes);
+            } else {
+                constexpr int first = 3 * (s / 4);
+                for (int i = 0; i < 2 * first; ++i)
+                    v[j][2 * s + i] = load(table + (g * first * 2 + i) * lanes);
+                for (int i = 0; i < 2 * (pairs - first); ++i)
+                    v[j][2 * s + 2 * first + i] = load(sectionTwo + (g * (pairs - first) * 2 + i) * lanes);
+            }
+            pieces::twiddleButterfly(Size<s>{}, v[j], f[j]);
         }
-        if constexpr (s <= 8) {
-            for (int i = 0; i < 2 * pairs; ++i)
-                v[2 * s + i] = load(table + (g * pairs * 2 + i) * lanes);
-        } else {
-            constexpr int first = 3 * (s / 4);
-            for (int i = 0; i < 2 * first; ++i)
-                v[2 * s + i] = load(table + (g * first * 2 + i) * lanes);
-            for (int i = 0; i < 2 * (pairs - first); ++i)
-                v[2 * s + 2 * first + i] = load(sectionTwo + (g * (pairs - first) * 2 + i) * lanes);
-        }
-        pieces::twiddleButterfly(Size<s>{}, v, f);
         const int32_t rowPair = 2 * k->outRowStride;
-        for (int l = 0; l < s / 2; ++l) {
-            Real* direct = out + (g + k->subLen * l) * rowPair + start;
-            store(direct, f[2 * l]);
-            store(direct + k->outRowStride, f[2 * l + 1]);
-            Real* mirrored = out + (k->subLen - 1 - g + k->subLen * l) * rowPair + start;
-            store(mirrored, f[s + 2 * l]);
-            store(mirrored + k->outRowStride, f[s + 2 * l + 1]);
-        }
+        for (int l = 0; l < s / 2; ++l)
+            for (int32_t j = 0; j < blocks; ++j) {
+                Real* direct = out + (g + k->subLen * l) * rowPair + start + lanes * j;
+                store(direct, f[j][2 * l]);
+                store(direct + k->outRowStride, f[j][2 * l + 1]);
+                Real* mirrored = out + (k->subLen - 1 - g + k->subLen * l) * rowPair + start + lanes * j;
+                store(mirrored, f[j][s + 2 * l]);
+                store(mirrored + k->outRowStride, f[j][s + 2 * l + 1]);
+            }
     }
 }
 
-// A split level for the L columns from `start`: the s sub-columns into the
-// node's work, then the twiddle step into the caller's matrix.
+// A split level for `blocks` x L columns from `start`: the s sub-columns
+// into the node's work, then the twiddle step into the caller's matrix.
 template <class Real>
-void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, Real* out, uint8_t* arena)
+void runSplit(const SplitNode* split, Input<Real> in, int32_t read, int32_t start, int32_t blocks, Real* out,
+              uint8_t* arena)
 {
     if (split->kind != 1)
         return;
     Real* work = recordAt<Real>(arena, split->work);
     const auto* sub = recordAt<SubColumnKernel>(arena, listNth(recordAt<ListCell>(arena, split->subColumnList), 0));
     for (int32_t c = 0; c < sub->radix; ++c)
-        columnBlock<Real>(sub->kind, sub->splitList, in, read + c * sub->inStride, sub->groupStride, work,
-                          start + c * sub->rowStride, sub->nextRowStride, arena);
+        columnBlocks<Real>(sub->kind, sub->splitList, in, read + c * sub->inStride, sub->groupStride, blocks, work,
+                           start + c * sub->rowStride, sub->nextRowStride, arena);
 
     const auto* twiddle = recordAt<TwiddleKernel>(arena, listNth(recordAt<ListCell>(arena, split->twiddleList), 0));
     const Real* table = recordAt<Real>(arena, twiddle->table);
     switch (twiddle->kind) {
-    case 1: twiddleBlock<Real, 2>(twiddle, table, work, start, out); return;
-    case 2: twiddleBlock<Real, 4>(twiddle, table, work, start, out); return;
-    case 3: twiddleBlock<Real, 8>(twiddle, table, work, start, out); return;
-    case 4: twiddleBlock<Real, 16>(twiddle, table, work, start, out); return;
-    case 5: twiddleBlock<Real, 32>(twiddle, table, work, start, out); return;
+    case 1: twiddleBlocks<Real, 2>(twiddle, table, work, start, blocks, out); return;
+    case 2: twiddleBlocks<Real, 4>(twiddle, table, work, start, blocks, out); return;
+    case 3: twiddleBlocks<Real, 8>(twiddle, table, work, start, blocks, out); return;
+    case 4: twiddleBlocks<Real, 16>(twiddle, table, work, start, blocks, out); return;
+    case 5: twiddleBlocks<Real, 32>(twiddle, table, work, start, blocks, out); return;
     }
 }
 
@@ -180,47 +200,64 @@ template <class Real>
 void runColumnKernel(const ColumnKernel* k, const Real* src, Real* work, uint8_t* arena)
 {
     const Input<Real> in{src, k->mirror};
-    for (int32_t block = 0; block < k->blockCount; ++block) {
+    for (int32_t block = 0; block < k->blockCount; block += kGroupBlocks) {
         const int32_t start = block * kLanes<Real>;
-        columnBlock<Real>(k->kind, k->splitList, in, start, k->inStride, work, start, k->rowStride, arena);
+        const int32_t blocks = std::min(kGroupBlocks, k->blockCount - block);
+        columnBlocks<Real>(k->kind, k->splitList, in, start, k->inStride, blocks, work, start, k->rowStride, arena);
     }
 }
 
-// Row pairs L b .. L b + L - 1 as lanes: columns of the work block are
-// transposed into vectors over the row pairs, rotated by the table and
-// recombined into 2r outputs, the odd ones written from the top down.
+// One block of L row pairs: its columns in the work block are transposed
+// into vectors over the row pairs, rotated by the block's table entries and
+// recombined into the 2r outputs y.
+template <class Real, int r>
+void recombineBlock(const Real* block, const Real* rotation, typename Lanes<Real>::V* y)
+{
+    using L = Lanes<Real>;
+    using V = typename L::V;
+    constexpr int lanes = kLanes<Real>;
+    static_assert(r % lanes == 0, "columns are transposed in L x L tiles");
+    V v[4 * r];
+    for (int part = 0; part < 2; ++part)
+        for (int c0 = 0; c0 < r; c0 += lanes) {
+            V tile[lanes];
+            for (int l = 0; l < lanes; ++l)
+                tile[l] = load(block + (2 * l + part) * r + c0);
+            L::transpose(tile);
+            for (int c = 0; c < lanes; ++c)
+                v[2 * (c0 + c) + part] = tile[c];
+        }
+    for (int i = 0; i < r; ++i) {
+        const int c = columnOrder(r, i);
+        v[2 * r + 2 * c] = load(rotation + 2 * i * lanes);
+        v[2 * r + 2 * c + 1] = load(rotation + (2 * i + 1) * lanes);
+    }
+    pieces::recombine(Size<r>{}, v, y);
+}
+
+// Row pairs L b .. L b + L - 1 as lanes, their 2r outputs written to `dst`,
+// the odd ones from the top down. The outputs of neighbouring blocks are
+// neighbours in `dst`, so a group of blocks is stored together.
 template <class Real, int r>
 void runRecombine(const RecombineKernel* k, const Real* work, Real* dst, uint8_t* arena)
 {
     using L = Lanes<Real>;
     using V = typename L::V;
     constexpr int lanes = kLanes<Real>;
-    static_assert(r % lanes == 0, "columns are transposed in L x L tiles");
     const Real* table = recordAt<Real>(arena, k->table);
-    for (int32_t b = 0; b < k->blockCount; ++b) {
-        const Real* block = work + b * k->blockStride;
-        V v[4 * r], y[2 * r];
-        for (int part = 0; part < 2; ++part)
-            for (int c0 = 0; c0 < r; c0 += lanes) {
-                V tile[lanes];
-                for (int l = 0; l < lanes; ++l)
-                    tile[l] = load(block + (2 * l + part) * r + c0);
-                L::transpose(tile);
-                for (int c = 0; c < lanes; ++c)
-                    v[2 * (c0 + c) + part] = tile[c];
-            }
-        const Real* rotation = table + b * 2 * r * lanes;
-        for (int i = 0; i < r; ++i) {
-            const int c = columnOrder(r, i);
-            v[2 * r + 2 * c] = load(rotation + 2 * i * lanes);
-            v[2 * r + 2 * c + 1] = load(rotation + (2 * i + 1) * lanes);
-        }
-        pieces::recombine(Size<r>{}, v, y);
-        const int32_t first = b * lanes;
+    for (int32_t group = 0; group < k->blockCount; group += kGroupBlocks) {
+        const int32_t blocks = std::min(kGroupBlocks, k->blockCount - group);
+        V y[kGroupBlocks][2 * r];
+        for (int32_t j = 0; j < blocks; ++j)
+            recombineBlock<Real, r>(work + (group + j) * k->blockStride, table + (group + j) * 2 * r * lanes, y[j]);
+        const int32_t first = group * lanes;
         for (int q = 0; q < 2 * r; q += 2)
-            L::storeAny(dst + (q / 2) * k->rowStride + first, y[q]);
+            for (int32_t j = 0; j < blocks; ++j)
+                L::storeAny(dst + (q / 2) * k->rowStride + first + lanes * j, y[j][q]);
         for (int q = 1; q < 2 * r; q += 2)
-            L::storeAny(dst + k->mirror - (2 * r - (q + 1) / 2) * k->rowStride - first - (lanes - 1), L::reverse(y[q]));
+            for (int32_t j = 0; j < blocks; ++j)
+                L::storeAny(dst + k->mirror - (2 * r - (q + 1) / 2) * k->rowStride - first - lanes * j - (lanes - 1),
+                            L::reverse(y[j][q]));
     }
 }
 
