@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "methods.h"
+#include "schedule.h"
 
 namespace kernelgen {
 
@@ -352,8 +353,8 @@ std::string literal(Kind kind, Exact value)
     return isSingle(kind) ? hexLiteral(roundToFloat(value)) : hexLiteral(roundToDouble(value));
 }
 
-// Statements of the live nodes in the builder's order. Loads read `in` (or
-// `src`), stores write `out` (or `dst`).
+// Statements of the live nodes in register-pressure order. Loads read `in`
+// (or `src`), stores write `out` (or `dst`).
 std::string printBody(const Graph& g, const char* in, const char* out)
 {
     std::ostringstream body;
@@ -377,9 +378,7 @@ std::string printBody(const Graph& g, const char* in, const char* out)
                  << ";\n";
         }
     }
-    for (size_t i = 0; i < g.nodes().size(); ++i) {
-        if (!live[i])
-            continue;
+    for (const int i : emissionOrder(g)) {
         const Node& n = g.nodes()[i];
         const bool vec = isVector(n.kind);
         const std::string a = n.a >= 0 ? "v" + std::to_string(n.a) : "";
