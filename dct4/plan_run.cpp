@@ -61,9 +61,10 @@ using Size = std::integral_constant<int, n>;
 
 // Neighbouring lane blocks that every pass takes together. The strided
 // moves of the column and recombine steps reach a new cache line at each
-// step; four vectors make one 64-byte line, so each line is used whole
-// while it is at hand instead of being fetched again for every block.
-constexpr int32_t kGroupBlocks = 4;
+// step; eight vectors make two whole 64-byte lines, used while they are at
+// hand instead of being fetched again for every block. Two lines a step
+// beat one at the split lengths; the stack holds the group's vectors.
+constexpr int32_t kGroupBlocks = 8;
 
 // The input as the kernels see it. Sample t of a column that starts at
 // `read` is xe[read + stride t]; the half-sample mirror xe[n] = x[-1 - n] is
