@@ -102,6 +102,30 @@ Cx PairArith::rotate(Cx a, int n, int e)
     return add(p, q);
 }
 
+Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+{
+    Cx p;
+    if (re != 0) {
+        const Exact m = magnitude(re);
+        p = Cx{graph_.mul(a.re, graph_.constant(name + "Re", Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
+        if (re < 0)
+            p = neg(p);
+    }
+    if (im == 0)
+        return p;
+    // swap(a) * (-im, im) = i*im*a
+    const Graph::Value pattern =
+        graph_.constant(name + (im > 0 ? "ImNegPos" : "ImPosNeg"), Kind::V2F64, {-im, im});
+    const Cx q{graph_.mul(graph_.shuffle("swapLanes", materialize(a)), pattern)};
+    return re != 0 ? add(p, q) : q;
+}
+
+std::unique_ptr<ComplexArith> PairArith::reversed() const
+{
+    return std::make_unique<PairArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
+                                                                                : Direction::Forward);
+}
+
 // ---- SplitArith: real and imaginary parts apart ------------------------------
 
 Graph::Value SplitArith::part(Graph::Value v, bool negative)
@@ -149,25 +173,63 @@ Cx SplitArith::rotate(Cx a, int n, int e)
         return a;
     if (2 * r == n)
         return neg(a);
+    if (4 * r == n) // by +i
+        return Cx{a.im, a.re, !a.negIm, a.negRe};
+    if (4 * r == 3 * n) // by -i
+        return Cx{a.im, a.re, a.negIm, !a.negRe};
     return rotateLanes(a, n, {e, e, e, e}, "kW" + std::to_string(n) + "Pow" + std::to_string(e));
 }
 
 Cx SplitArith::rotateLanes(Cx y, int n, std::array<int, 4> exponents, const std::string& name)
 {
-    if (kind_ != Kind::V4F32)
-        throw std::logic_error("lane twiddles need four-lane vectors");
-    std::vector<Exact> cosLanes, sinLanes;
-    for (int e : exponents) {
-        cosLanes.push_back(cosTurn(exponentSign() * e, n));
-        sinLanes.push_back(sinTurn(exponentSign() * e, n));
+    std::array<Exact, 4> cosLanes, sinLanes;
+    for (int l = 0; l < 4; ++l) {
+        cosLanes[l] = cosTurn(exponentSign() * exponents[l], n);
+        sinLanes[l] = sinTurn(exponentSign() * exponents[l], n);
     }
-    const Graph::Value a = graph_.constant(name + "Re", kind_, cosLanes);
+    return mulLanes(y, cosLanes, sinLanes, name);
+}
+
+Cx SplitArith::mulLanes(Cx y, const std::array<Exact, 4>& cosLanes, const std::array<Exact, 4>& sinLanes,
+                        const std::string& name)
+{
+    if (kind_ != Kind::V4F32)
+        throw std::logic_error("lane constants need four-lane vectors");
+    const Graph::Value a = graph_.constant(name + "Re", kind_, {cosLanes.begin(), cosLanes.end()});
     const Graph::Value b = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
-                                           sinLanes);
+                                           {sinLanes.begin(), sinLanes.end()});
     y = materialize(y);
     const Graph::Value re = graph_.sub(graph_.mul(y.re, a), graph_.mul(y.im, b));
     const Graph::Value im = graph_.add(graph_.mul(y.re, b), graph_.mul(y.im, a));
     return Cx{re, im};
+}
+
+Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+{
+    const auto uniform = [&](Exact v) { return std::vector<Exact>(laneCount(kind_), magnitude(v)); };
+    if (im == 0) {
+        const Graph::Value k = graph_.constant(name + "Re", kind_, uniform(re));
+        const Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+        return re < 0 ? neg(r) : r;
+    }
+    if (re == 0) {
+        // i*im*(x + i*y) = (-im*y, im*x)
+        const Graph::Value k = graph_.constant(name + "Im", kind_, uniform(im));
+        const Cx r{graph_.mul(a.im, k), graph_.mul(a.re, k), !a.negIm, a.negRe};
+        return im < 0 ? neg(r) : r;
+    }
+    const Graph::Value c = graph_.constant(name + "Re", kind_, std::vector<Exact>(laneCount(kind_), re));
+    const Graph::Value s = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
+                                           std::vector<Exact>(laneCount(kind_), im));
+    a = materialize(a);
+    return Cx{graph_.sub(graph_.mul(a.re, c), graph_.mul(a.im, s)), graph_.add(graph_.mul(a.re, s), graph_.mul(a.im, c))};
+}
+
+std::unique_ptr<ComplexArith> SplitArith::reversed() const
+{
+    return std::make_unique<SplitArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
+                                                                                 : Direction::Forward,
+                                        kind_, doubleRule_);
 }
 
 Cx SplitArith::widen(Cx a)

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 
 #include "graph.h"
@@ -61,6 +62,11 @@ public:
     virtual Cx timesW4(Cx a) = 0;
     // Product with W_n^e, by the cheapest form its angle allows.
     virtual Cx rotate(Cx a, int n, int e) = 0;
+    // Product with the complex constant re + i*im (a spectrum constant),
+    // stored under `name`; a zero part costs nothing.
+    virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) = 0;
+    // The same arithmetic on the same graph with the opposite direction.
+    virtual std::unique_ptr<ComplexArith> reversed() const = 0;
     // The double rule of the scalar binary32 codelets: sums of products
     // with constants are formed in binary64 between widen and narrow.
     virtual Cx widen(Cx a) { return a; }
@@ -83,6 +89,8 @@ public:
     Cx mulReal(Cx a, Trig c) override;
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
+    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
+    std::unique_ptr<ComplexArith> reversed() const override;
 
 private:
     Graph::Value materialize(Cx a);
@@ -100,12 +108,17 @@ public:
     Cx mulReal(Cx a, Trig c) override;
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
+    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
+    std::unique_ptr<ComplexArith> reversed() const override;
     Cx widen(Cx a) override;
     Cx narrow(Cx a) override;
 
     // Full complex product with a different twiddle W_n^e in each lane:
     // re = a*yr - b*yi, im = b*yr + a*yi, every product rounded first.
     Cx rotateLanes(Cx y, int n, std::array<int, 4> exponents, const std::string& name);
+    // The same with any constants a + i*b, one per lane; the imaginary parts
+    // are stored under a name of their direction.
+    Cx mulLanes(Cx y, const std::array<Exact, 4>& a, const std::array<Exact, 4>& b, const std::string& name);
     // Both parts with their pending signs applied.
     Cx materialize(Cx a);
 

@@ -43,6 +43,20 @@ void Graph::store(Value v, int offset)
     push(node);
 }
 
+Graph::Value Graph::loadPair(int offset)
+{
+    Node node{Op::LoadPair, Kind::V4F32};
+    node.offset = offset;
+    return push(node);
+}
+
+void Graph::storePair(Value v, bool highLanes, int offset)
+{
+    Node node{highLanes ? Op::StoreHighPair : Op::StoreLowPair, nodes_[v].kind, v};
+    node.offset = offset;
+    push(node);
+}
+
 Graph::Value Graph::constant(const std::string& name, Kind kind, std::vector<Exact> lanes)
 {
     // One node per constant, so that each is loaded once.
@@ -84,7 +98,7 @@ std::vector<bool> Graph::liveNodes() const
     std::vector<bool> live(nodes_.size(), false);
     for (size_t i = nodes_.size(); i-- > 0;) {
         const Node& node = nodes_[i];
-        if (node.op == Op::Store)
+        if (node.op == Op::Store || node.op == Op::StoreLowPair || node.op == Op::StoreHighPair)
             live[i] = true;
         if (!live[i])
             continue;

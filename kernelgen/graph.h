@@ -23,6 +23,9 @@ bool isSingle(Kind kind); // binary32 lanes
 enum class Op {
     Load,      // element `offset` (in numbers) of src
     Store,     // a -> dst at `offset`; produces no value
+    LoadPair,  // one 32fc element at `offset` into lanes 0-1, zeros above
+    StoreLowPair,  // lanes 0-1 of a -> dst at `offset`
+    StoreHighPair, // lanes 2-3 of a -> dst at `offset`
     Constant,  // a named compiled-in constant
     ScaleArg,  // the kernel's scale factor, chosen by the flag
     Add,
@@ -67,6 +70,8 @@ public:
 
     Value load(Kind kind, int offset);
     void store(Value v, int offset);
+    Value loadPair(int offset);
+    void storePair(Value v, bool highLanes, int offset);
     Value constant(const std::string& name, Kind kind, std::vector<Exact> lanes);
     Value signMask(const std::string& name, Kind kind, std::vector<bool> negativeLanes);
     Value scaleArg(Kind kind);

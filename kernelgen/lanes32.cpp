@@ -1,5 +1,6 @@
 #include "lanes32.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -24,14 +25,52 @@ Cx loadPair(Graph& g, int element)
     return Cx{g.shuffle("shuffle<0, 2, 0, 0>", v, zero), g.shuffle("shuffle<1, 3, 0, 0>", v, zero)};
 }
 
-void storeQuadScaled(SplitArith& ar, Cx x, int element, Graph::Value scale)
+// Elements for the four lanes (-1: idle lane, zero): whole vectors where
+// they are consecutive from an even element, else one 64-bit move each.
+Cx gather(Graph& g, std::array<int, 4> elements)
+{
+    const bool evenStart = elements[0] >= 0 && elements[0] % 2 == 0;
+    const bool pair = evenStart && elements[1] == elements[0] + 1;
+    if (pair && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
+        return loadQuad(g, elements[0]);
+    if (pair && elements[2] < 0 && elements[3] < 0)
+        return loadPair(g, elements[0]);
+    const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
+    std::array<Graph::Value, 4> v;
+    for (int l = 0; l < 4; ++l)
+        v[l] = elements[l] >= 0 ? g.loadPair(2 * elements[l]) : zero;
+    // (re0, re1, im0, im1) and (re2, re3, im2, im3)
+    const Graph::Value low = g.shuffle("unpackLo", v[0], v[1]);
+    const Graph::Value high = elements[2] < 0 && elements[3] < 0 ? zero : g.shuffle("unpackLo", v[2], v[3]);
+    return Cx{g.shuffle("moveLowHalves", low, high), g.shuffle("moveHighHalves", low, high)};
+}
+
+void scatterScaled(SplitArith& ar, Cx x, std::array<int, 4> elements, Graph::Value scale)
 {
     Graph& g = ar.graph();
     x = ar.materialize(x);
     const Graph::Value re = g.mul(x.re, scale);
     const Graph::Value im = g.mul(x.im, scale);
-    g.store(g.shuffle("unpackLo", re, im), 2 * element);
-    g.store(g.shuffle("unpackHi", re, im), 2 * element + 4);
+    const bool whole = elements[0] % 2 == 0 && elements[1] == elements[0] + 1 && elements[2] == elements[0] + 2 &&
+                       elements[3] == elements[0] + 3;
+    const Graph::Value low = g.shuffle("unpackLo", re, im);
+    if (whole) {
+        g.store(low, 2 * elements[0]);
+        g.store(g.shuffle("unpackHi", re, im), 2 * elements[0] + 4);
+        return;
+    }
+    // (re0, im0, re1, im1) and (re2, im2, re3, im3), one element per half.
+    if (elements[0] >= 0)
+        g.storePair(low, false, 2 * elements[0]);
+    if (elements[1] >= 0)
+        g.storePair(low, true, 2 * elements[1]);
+    if (elements[2] < 0 && elements[3] < 0)
+        return;
+    const Graph::Value high = g.shuffle("unpackHi", re, im);
+    if (elements[2] >= 0)
+        g.storePair(high, false, 2 * elements[2]);
+    if (elements[3] >= 0)
+        g.storePair(high, true, 2 * elements[3]);
 }
 
 std::array<Graph::Value, 4> transpose(Graph& g, std::array<Graph::Value, 4> r)
@@ -44,61 +83,160 @@ std::array<Graph::Value, 4> transpose(Graph& g, std::array<Graph::Value, 4> r)
             g.shuffle("moveLowHalves", t2, t3), g.shuffle("moveHighHalves", t2, t3)};
 }
 
-} // namespace
+int inLane(int index, int count) { return index < count ? index : -1; }
 
-void buildLaneSplit(SplitArith& ar, int n1, const Transform& first, int n2, const Transform& second)
+// in[set][j], j < count: vectors whose lanes hold the other index 4*set+l.
+// Returns out[block][i]: vectors for the other index i, lanes j = 4*block+l.
+std::vector<Signal> transposeSets(SplitArith& ar, const std::vector<Signal>& in, int count)
 {
     Graph& g = ar.graph();
-    const int n = n1 * n2;
-    if (n1 % 4 != 0 || (n2 != 2 && n2 % 4 != 0))
-        throw std::logic_error("lane split needs n1 a multiple of 4 and n2 of 2 or 4k");
-    const int laneSets = n2 == 2 ? 1 : n2 / 4;
-    const int blocks = n1 / 4;
-
-    // 1. First pass, lanes = i2.
-    std::vector<Signal> firstOut(laneSets);
-    for (int set = 0; set < laneSets; ++set) {
-        Signal column(n1);
-        for (int i1 = 0; i1 < n1; ++i1) {
-            const int element = n2 * i1 + 4 * set;
-            column[i1] = n2 == 2 ? loadPair(g, element) : loadQuad(g, element);
-        }
-        firstOut[set] = first(ar, column);
-    }
-
-    // 2. Transposes: rows[block][i2] has lanes k1 = 4*block .. 4*block+3.
-    std::vector<Signal> rows(blocks, Signal(4 * laneSets));
-    for (int set = 0; set < laneSets; ++set)
+    const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
+    const int sets = static_cast<int>(in.size());
+    const int blocks = (count + 3) / 4;
+    std::vector<Signal> out(blocks, Signal(4 * sets));
+    for (int set = 0; set < sets; ++set)
         for (int block = 0; block < blocks; ++block) {
             std::array<Graph::Value, 4> re, im;
             for (int l = 0; l < 4; ++l) {
-                const Cx y = ar.materialize(firstOut[set][4 * block + l]);
+                const Cx y = inLane(4 * block + l, count) < 0 ? Cx{zero, zero} : ar.materialize(in[set][4 * block + l]);
                 re[l] = y.re;
                 im[l] = y.im;
             }
             const auto reT = transpose(g, re);
             const auto imT = transpose(g, im);
             for (int l = 0; l < 4; ++l)
-                rows[block][4 * set + l] = Cx{reT[l], imT[l]};
+                out[block][4 * set + l] = Cx{reT[l], imT[l]};
         }
+    return out;
+}
 
-    // 3. Twiddles, 4. second pass and stores.
-    const Graph::Value scale = g.scaleArg(Kind::V4F32);
-    for (int block = 0; block < blocks; ++block) {
-        Signal row(rows[block].begin(), rows[block].begin() + n2);
-        for (int i2 = 1; i2 < n2; ++i2) {
-            std::array<int, 4> exponents;
-            for (int l = 0; l < 4; ++l)
-                exponents[l] = i2 * (4 * block + l);
-            std::string name = "kW" + std::to_string(n) + "Row" + std::to_string(i2);
+// The join's twiddles on rows[block][i2], whose lanes hold k1 = 4*block+l.
+void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, const std::string& prefix)
+{
+    const int blocks = static_cast<int>(rows.size());
+    for (int block = 0; block < blocks; ++block)
+        for (int i2 = 1; i2 < map.n2; ++i2) {
+            std::array<int, 4> exponents{};
+            bool any = false;
+            for (int l = 0; l < 4 && 4 * block + l < map.n1; ++l) {
+                exponents[l] = map.twiddle(i2, 4 * block + l) % map.twiddleDen;
+                any |= exponents[l] != 0;
+            }
+            if (!any)
+                continue;
+            std::string name = prefix + "Row" + std::to_string(i2);
             if (blocks > 1)
                 name += "Block" + std::to_string(block);
-            row[i2] = ar.rotateLanes(row[i2], n, exponents, name);
+            rows[block][i2] = ar.rotateLanes(rows[block][i2], map.twiddleDen, exponents, name);
         }
-        const Signal out = second(ar, row);
-        for (int k2 = 0; k2 < n2; ++k2)
-            storeQuadScaled(ar, out[k2], 4 * block + n1 * k2, scale);
+}
+
+// Steps 1 to 4 of the split up to the outputs of the second stage:
+// out[block][k2], lanes k1 = 4*block+l. Element e of the transform's input
+// is loaded from element `source(e)` of src.
+std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Transform& first,
+                                 const Transform& second, const std::function<int(int)>& source,
+                                 const std::string& prefix)
+{
+    Graph& g = ar.graph();
+    const int laneSets = (map.n2 + 3) / 4;
+    std::vector<Signal> firstOut(laneSets);
+    for (int set = 0; set < laneSets; ++set) {
+        Signal column(map.n1);
+        for (int i1 = 0; i1 < map.n1; ++i1) {
+            std::array<int, 4> elements;
+            for (int l = 0; l < 4; ++l)
+                elements[l] = inLane(4 * set + l, map.n2) < 0 ? -1 : source(map.input(i1, 4 * set + l));
+            column[i1] = gather(g, elements);
+        }
+        firstOut[set] = first(ar, column);
     }
+    std::vector<Signal> rows = transposeSets(ar, firstOut, map.n1);
+    twiddleRows(ar, map, rows, prefix);
+    std::vector<Signal> out;
+    for (Signal& row : rows)
+        out.push_back(second(ar, Signal(row.begin(), row.begin() + map.n2)));
+    return out;
+}
+
+// The adjoint of forwardSplit: inverse second stage, conjugate twiddles,
+// transposes, inverse first stage. Returns y[set][i1], lanes i2 = 4*set+l,
+// the inverse transform's output input(i1, i2).
+std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Transform& first,
+                                 const Transform& second, const std::vector<Signal>& spectrum,
+                                 const std::string& prefix)
+{
+    std::vector<Signal> rows;
+    for (const Signal& block : spectrum) {
+        Signal z = second(back, block);
+        z.resize(4 * ((map.n2 + 3) / 4));
+        rows.push_back(z);
+    }
+    twiddleRows(back, map, rows, prefix);
+    std::vector<Signal> columns = transposeSets(back, rows, map.n2);
+    std::vector<Signal> out;
+    for (Signal& column : columns)
+        out.push_back(first(back, Signal(column.begin(), column.begin() + map.n1)));
+    return out;
+}
+
+} // namespace
+
+void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second)
+{
+    const int n = map.n1 * map.n2;
+    const std::vector<Signal> out =
+        forwardSplit(ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n));
+    const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
+    for (size_t block = 0; block < out.size(); ++block)
+        for (int k2 = 0; k2 < map.n2; ++k2) {
+            std::array<int, 4> elements;
+            for (int l = 0; l < 4; ++l) {
+                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
+                elements[l] = k1 < 0 ? -1 : map.output(k1, k2);
+            }
+            scatterScaled(ar, out[block][k2], elements, scale);
+        }
+}
+
+void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
+{
+    Graph& g = ar.graph();
+    const int m = p - 1;
+    const int root = primitiveRoot(p);
+    const std::string prefix = "kW" + std::to_string(m);
+    const Cx x0 = gather(g, {0, -1, -1, -1});
+    std::vector<Signal> U = forwardSplit(ar, map, first, second, [&](int q) { return powMod(root, q, p); }, prefix);
+
+    // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
+    const Cx X0 = ar.add(x0, U[0][0]);
+    for (size_t block = 0; block < U.size(); ++block)
+        for (int k2 = 0; k2 < map.n2; ++k2) {
+            std::array<Exact, 4> re{}, im{};
+            for (int l = 0; l < 4; ++l) {
+                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
+                if (k1 >= 0)
+                    spectrumConstant(p, map.output(k1, k2), ar.exponentSign(), re[l], im[l]);
+            }
+            U[block][k2] = ar.mulLanes(U[block][k2], re, im,
+                                       "kD" + std::to_string(p) + "Block" + std::to_string(block) + "Row" +
+                                           std::to_string(k2));
+        }
+    U[0][0] = ar.add(x0, U[0][0]);
+
+    const auto back = ar.reversed();
+    const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, U, prefix);
+    const Graph::Value scale = g.scaleArg(Kind::V4F32);
+    scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
+    for (size_t set = 0; set < y.size(); ++set)
+        for (int i1 = 0; i1 < map.n1; ++i1) {
+            std::array<int, 4> elements;
+            for (int l = 0; l < 4; ++l) {
+                const int i2 = inLane(4 * static_cast<int>(set) + l, map.n2);
+                elements[l] = i2 < 0 ? -1 : powMod(root, (m - map.input(i1, i2)) % m, p);
+            }
+            scatterScaled(ar, y[set][i1], elements, scale);
+        }
 }
 
 } // namespace kernelgen

@@ -90,30 +90,153 @@ Signal road8(ComplexArith& ar, const Signal& x)
     return X;
 }
 
-Signal twiddledJoin(ComplexArith& ar, const Signal& x, int n1, const Transform& first, int n2,
-                    const Transform& second)
+namespace {
+
+// The k in 0..n1*n2-1 with k = r1 mod n1 and k = r2 mod n2.
+int chineseRemainder(int r1, int n1, int r2, int n2)
+{
+    for (int k = r1; k < n1 * n2; k += n1)
+        if (k % n2 == r2)
+            return k;
+    throw std::logic_error("factors not coprime");
+}
+
+int noTwiddle(int, int) { return 0; }
+
+} // namespace
+
+int powMod(int base, int exponent, int p)
+{
+    int r = 1;
+    for (int i = 0; i < exponent; ++i)
+        r = r * base % p;
+    return r;
+}
+
+int primitiveRoot(int p)
+{
+    for (int g = 2; g < p; ++g) {
+        int order = 1;
+        while (powMod(g, order, p) != 1)
+            ++order;
+        if (order == p - 1)
+            return g;
+    }
+    return 1; // p = 2
+}
+
+void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im)
+{
+    const int m = p - 1;
+    if (k == 0) {
+        re = Exact(-1) / m;
+        im = 0;
+        return;
+    }
+    const int g = primitiveRoot(p);
+    re = im = 0;
+    for (int t = 0; t < m; ++t) {
+        // angle in turns: sign * (g^t / p - t*k / m)
+        const long num = sign * (static_cast<long>(powMod(g, t, p)) * m - static_cast<long>(t) * k * p);
+        re += cosTurn(num, static_cast<long>(p) * m);
+        im += sinTurn(num, static_cast<long>(p) * m);
+    }
+    re /= m;
+    im /= m;
+    // Parts that vanish exactly (D[m/2] is real or imaginary) come out as
+    // rounding noise of binary128.
+    if (re < 0 ? -re < 1e-30Q : re < 1e-30Q)
+        re = 0;
+    if (im < 0 ? -im < 1e-30Q : im < 1e-30Q)
+        im = 0;
+}
+
+std::string spectrumName(int p, int k) { return "kD" + std::to_string(p) + "Bin" + std::to_string(k); }
+
+Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner)
+{
+    const int p = static_cast<int>(x.size());
+    const int m = p - 1;
+    const int g = primitiveRoot(p);
+    Signal u(m);
+    for (int q = 0; q < m; ++q)
+        u[q] = x[powMod(g, q, p)];
+    Signal U = inner(ar, u);
+    Signal X(p);
+    X[0] = ar.add(x[0], U[0]);
+    for (int k = 0; k < m; ++k) {
+        Exact re, im;
+        spectrumConstant(p, k, ar.exponentSign(), re, im);
+        U[k] = ar.mulComplex(U[k], re, im, spectrumName(p, k));
+    }
+    U[0] = ar.add(x[0], U[0]);
+    const auto back = ar.reversed();
+    const Signal y = inner(*back, U);
+    // g^-r = g^(m-r)
+    for (int r = 0; r < m; ++r)
+        X[powMod(g, (m - r) % m, p)] = y[r];
+    return X;
+}
+
+JoinMap twiddledMap(int n1, int n2)
+{
+    return {n1, n2, [n2](int i1, int i2) { return n2 * i1 + i2; }, [n1](int k1, int k2) { return k1 + n1 * k2; },
+            [](int i2, int k1) { return i2 * k1; }, n1 * n2};
+}
+
+JoinMap coprimeMap(int n1, int n2)
 {
     const int n = n1 * n2;
+    chineseRemainder(0, n1, 0, n2); // checks gcd(n1, n2) = 1
+    return {n1, n2, [=](int i1, int i2) { return (n2 * i1 + n1 * i2) % n; },
+            [=](int k1, int k2) { return chineseRemainder(k1, n1, k2, n2); }, noTwiddle, n};
+}
+
+JoinMap interleavedPowerMap(int p, int q)
+{
+    const int n2 = q * p;
+    const int n = p * n2;
+    // i2 is the input index of the inner q*p transform: i2 = (p*a + q*b) mod qp
+    // with a the q-point and b the p-point index; its output k2 has the
+    // residues ka = k2 mod q and kb = k2 mod p.
+    const auto pointA = [=](int i2) { return chineseRemainder(i2 % q, q, 0, p) / p; };
+    const auto pointB = [=](int i2) { return chineseRemainder(0, q, i2 % p, p) / q; };
+    auto check = [&](int i2) {
+        if ((p * pointA(i2) + q * pointB(i2)) % n2 != i2)
+            throw std::logic_error("bad interleaved map");
+    };
+    for (int i2 = 0; i2 < n2; ++i2)
+        check(i2);
+    // The whole: Good-Thomas of q and p*p, whose j = p*j1 + b.
+    return {p, n2,
+            [=](int j1, int i2) { return (p * p * pointA(i2) + q * (p * j1 + pointB(i2))) % n; },
+            [=](int k1, int k2) { return chineseRemainder(k2 % q, q, k1 + p * (k2 % p), p * p); },
+            [=](int i2, int k1) { return pointB(i2) * k1; }, p * p};
+}
+
+Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transform& first, const Transform& second)
+{
+    const int n = map.n1 * map.n2;
     if (static_cast<int>(x.size()) != n)
-        throw std::logic_error("twiddled join of the wrong length");
-    std::vector<Signal> columns(n2);
-    for (int i2 = 0; i2 < n2; ++i2) {
-        Signal group(n1);
-        for (int i1 = 0; i1 < n1; ++i1)
-            group[i1] = x[n2 * i1 + i2];
+        throw std::logic_error("join of the wrong length");
+    std::vector<Signal> columns(map.n2);
+    for (int i2 = 0; i2 < map.n2; ++i2) {
+        Signal group(map.n1);
+        for (int i1 = 0; i1 < map.n1; ++i1)
+            group[i1] = x[map.input(i1, i2)];
         columns[i2] = first(ar, group);
-        for (int k1 = 1; k1 < n1; ++k1)
-            if (i2 != 0)
-                columns[i2][k1] = ar.rotate(columns[i2][k1], n, i2 * k1);
+        for (int k1 = 1; k1 < map.n1; ++k1)
+            if (map.twiddle(i2, k1) % map.twiddleDen != 0)
+                columns[i2][k1] = ar.rotate(columns[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
     }
     Signal X(n);
-    for (int k1 = 0; k1 < n1; ++k1) {
-        Signal row(n2);
-        for (int i2 = 0; i2 < n2; ++i2)
+    for (int k1 = 0; k1 < map.n1; ++k1) {
+        Signal row(map.n2);
+        for (int i2 = 0; i2 < map.n2; ++i2)
             row[i2] = columns[i2][k1];
         const Signal out = second(ar, row);
-        for (int k2 = 0; k2 < n2; ++k2)
-            X[k1 + n1 * k2] = out[k2];
+        for (int k2 = 0; k2 < map.n2; ++k2)
+            X[map.output(k1, k2)] = out[k2];
     }
     return X;
 }

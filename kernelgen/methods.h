@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "complex_arith.h"
@@ -26,10 +27,43 @@ Signal foldedOdd(ComplexArith& ar, const Signal& x, DcOrder dcOrder);
 // x1 - x5 and x3 - x7 as products with cos(pi/4).
 Signal road8(ComplexArith& ar, const Signal& x);
 
-// Cooley-Tukey with n = n2*i1 + i2 and k = k1 + n1*k2: length-n1 transforms
-// on the stride-n2 groups, twiddles W_N^(i2*k1) (exponent zero left out),
-// length-n2 transforms across the groups.
-Signal twiddledJoin(ComplexArith& ar, const Signal& x, int n1, const Transform& first, int n2,
-                    const Transform& second);
+// The index maps of a join of two stages, N = n1*n2 with n1 nearer to the
+// input: element i1 of first-stage group i2 is x[input(i1, i2)], output k2 of
+// second-stage group k1 is X[output(k1, k2)], and between them Y[i2][k1] is
+// rotated by W_twiddleDen^twiddle(i2, k1) (an exponent of 0 means none).
+struct JoinMap {
+    int n1;
+    int n2;
+    std::function<int(int, int)> input;
+    std::function<int(int, int)> output;
+    std::function<int(int, int)> twiddle;
+    int twiddleDen;
+};
+
+// Cooley-Tukey: n = n2*i1 + i2, k = k1 + n1*k2, twiddles W_N^(i2*k1).
+JoinMap twiddledMap(int n1, int n2);
+// Good-Thomas, gcd(n1, n2) = 1: n = (n2*i1 + n1*i2) mod N, read with
+// wrap-around; X[k] = Z[k mod n1][k mod n2] (Chinese remainders); no twiddles.
+JoinMap coprimeMap(int n1, int n2);
+// N = q*p*p with gcd(p, q) = 1, the prime power p*p twiddled (p then p) and
+// the factor q between its two stages: n1 = p, and the second stage is the
+// natural-order size-q*p transform of a Good-Thomas join (q then p).
+JoinMap interleavedPowerMap(int p, int q);
+
+// The convolution form of a prime p over m = p-1, with g the smallest
+// primitive root: u[q] = x[g^q], U = the size-m transform `inner` of u,
+// U[k] times the spectrum constant D[k] (x[0] added to bin 0), the inverse
+// size-m transform (`inner` with the signs changed) y, X[g^-r] = y[r], and
+// X[0] = x[0] + U[0] from the bin 0 before the product.
+int primitiveRoot(int p);
+int powMod(int base, int exponent, int p);
+// D[k] = (1/m) * sum_t W^(g^t) * exp(+2*pi*i*t*k/m) for the direction of
+// `sign` (-1 forward: W = exp(-2*pi*i/p)); D[0] = -1/m exactly.
+void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
+std::string spectrumName(int p, int k);
+Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
+
+// Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
+Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transform& first, const Transform& second);
 
 } // namespace kernelgen

@@ -59,6 +59,17 @@ std::string printBody(const Graph& g, const std::string& indent)
                 throw std::logic_error("a load after a store would break in-place calls");
             expr = vec ? "Access::load(src + " + std::to_string(n.offset) + ")" : "src[" + std::to_string(n.offset) + "]";
             break;
+        case Op::LoadPair:
+            if (stored)
+                throw std::logic_error("a load after a store would break in-place calls");
+            expr = "loadLowPair(src + " + std::to_string(n.offset) + ")";
+            break;
+        case Op::StoreLowPair:
+        case Op::StoreHighPair:
+            stored = true;
+            out << indent << (n.op == Op::StoreLowPair ? "storeLowPair" : "storeHighPair") << "(dst + " << n.offset
+                << ", " << a << ");\n";
+            continue;
         case Op::Store:
             stored = true;
             if (vec)

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <set>
 #include <vector>
 
 #include "complex_kernels.h"
@@ -149,7 +150,7 @@ TEST_P(ComplexKernelTest, ScaleIsTheLastProduct)
 // [-1, 1] without scaling.
 TEST_P(ComplexKernelTest, AgreesWithDirectDft)
 {
-    const double bound = k.is64() ? (k.size <= 5 ? 1e-15 : 1e-14) : (k.size <= 5 ? 5e-7 : 2.5e-6);
+    const double bound = k.is64() ? (k.size <= 5 ? 1e-15 : 1e-14) : (k.size <= 5 ? 5e-7 : 3e-6);
     double worst = 0;
     for (unsigned seed = 10; seed < 30; ++seed) {
         const auto input = randomInput(k, seed);
@@ -163,6 +164,25 @@ TEST_P(ComplexKernelTest, AgreesWithDirectDft)
             worst = std::max(worst, static_cast<double>(std::abs(elementAt(k, dst.data(), i) - X[i])));
     }
     EXPECT_LT(worst, bound);
+}
+
+// X[0] is the plain sum of the inputs in every form: in the convolution
+// form it comes from bin 0 before the spectrum product and never passes the
+// inverse stage. Small integers make every order of summation exact.
+TEST_P(ComplexKernelTest, DcBinIsTheExactSum)
+{
+    std::vector<unsigned char> src(bytes()), dst(bytes());
+    for (unsigned seed = 60; seed < 70; ++seed) {
+        std::complex<long double> sum = 0;
+        const auto v = randomReals<double>(2 * k.size, seed, -8, 8);
+        for (int i = 0; i < k.size; ++i) {
+            const std::complex<long double> x(std::round(v[2 * i]), std::round(v[2 * i + 1]));
+            setElement(k, src.data(), i, x);
+            sum += x;
+        }
+        ASSERT_EQ(k.run(src.data(), dst.data(), ScaleNoDivide), StatusOk);
+        EXPECT_EQ(elementAt(k, dst.data(), 0), sum) << "seed " << seed;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ::testing::ValuesIn(builtComplexKernels()),
@@ -179,7 +199,10 @@ TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
     const ComplexKernel& fwd = k;
     const ComplexKernel inverse = partner(k);
     ASSERT_NE(inverse.fn, nullptr);
-    const bool exact = !(k.is64() && k.size == 11);
+    static const std::set<int> kInexact32 = {19, 23, 37, 47, 59, 61};
+    static const std::set<int> kInexact64 = {11, 22, 23, 25, 29, 31, 33, 43, 44, 46, 47, 49, 50, 55, 58, 59, 62};
+    const bool exact = (k.is64() ? kInexact64 : kInexact32).count(k.size) == 0;
+    const double tolerance = k.is64() ? 1e-14 : 3e-6;
     for (unsigned seed = 40; seed < 48; ++seed) {
         const auto input = randomInput(k, seed);
         std::vector<unsigned char> inv(bytes()), swapped(bytes()), out(bytes());
@@ -196,8 +219,8 @@ TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
                 EXPECT_EQ(a.real(), b.imag()) << "bin " << i;
                 EXPECT_EQ(a.imag(), b.real()) << "bin " << i;
             } else {
-                EXPECT_NEAR(static_cast<double>(a.real()), static_cast<double>(b.imag()), 1e-14);
-                EXPECT_NEAR(static_cast<double>(a.imag()), static_cast<double>(b.real()), 1e-14);
+                EXPECT_NEAR(static_cast<double>(a.real()), static_cast<double>(b.imag()), tolerance);
+                EXPECT_NEAR(static_cast<double>(a.imag()), static_cast<double>(b.real()), tolerance);
             }
         }
     }

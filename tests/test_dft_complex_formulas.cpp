@@ -236,6 +236,123 @@ TEST(WrittenFormulas, FoldedSizes3And5)
     }
 }
 
+// ---- coprime joins: Good-Thomas maps, no twiddles -----------------------------
+// The vector codelets of both types form X0 = x0 + (a1 + a2) and every sum
+// in the element type, like the 64fc codelet above.
+
+template <class T>
+std::vector<Cx<T>> foldedPlain(const std::vector<Cx<T>>& x, bool inverse)
+{
+    const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+    std::vector<Cx<T>> a(h + 1), b(h + 1), X(p);
+    for (int j = 1; j <= h; ++j) {
+        a[j] = x[j] + x[p - j];
+        b[j] = x[j] - x[p - j];
+    }
+    Cx<T> sum = a[1];
+    for (int j = 2; j <= h; ++j)
+        sum = sum + a[j];
+    X[0] = x[0] + sum;
+    for (int k = 1; k <= h; ++k) {
+        Cx<T> m = x[0];
+        for (int j = 1; j <= h; ++j)
+            m = m + static_cast<T>(cosOf(p, j * k)) * a[j];
+        Cx<T> n = static_cast<T>(sinOf(p, k)) * b[1];
+        for (int j = 2; j <= h; ++j)
+            n = n + static_cast<T>(sinOf(p, j * k)) * b[j];
+        const auto r = inverse ? plusI(n) : minusI(n);
+        X[k] = m + r;
+        X[p - k] = m - r;
+    }
+    return X;
+}
+
+template <class T>
+std::vector<Cx<T>> size2(const std::vector<Cx<T>>& x, bool)
+{
+    return {x[0] + x[1], x[0] - x[1]};
+}
+
+template <class T>
+using Stage = std::vector<Cx<T>> (*)(const std::vector<Cx<T>>&, bool);
+
+// Group i2 of the first stage reads x[(n2*i1 + n1*i2) mod N]; output k2 of
+// second-stage group k1 lands at the k with k = k1 mod n1, k = k2 mod n2.
+template <class T>
+std::vector<Cx<T>> goodThomas(const std::vector<Cx<T>>& x, int n1, Stage<T> first, int n2, Stage<T> second,
+                              bool inverse)
+{
+    const int n = n1 * n2;
+    std::vector<std::vector<Cx<T>>> Y(n2);
+    for (int i2 = 0; i2 < n2; ++i2) {
+        std::vector<Cx<T>> group(n1);
+        for (int i1 = 0; i1 < n1; ++i1)
+            group[i1] = x[(n2 * i1 + n1 * i2) % n];
+        Y[i2] = first(group, inverse);
+    }
+    std::vector<Cx<T>> X(n);
+    for (int k1 = 0; k1 < n1; ++k1) {
+        std::vector<Cx<T>> row(n2);
+        for (int i2 = 0; i2 < n2; ++i2)
+            row[i2] = Y[i2][k1];
+        const auto Z = second(row, inverse);
+        for (int k = 0; k < n; ++k)
+            if (k % n1 == k1)
+                X[k] = Z[k % n2];
+    }
+    return X;
+}
+
+template <class T, class Kernel>
+void expectGoodThomas(Kernel forward, Kernel inverse, int n1, Stage<T> first, int n2, Stage<T> second)
+{
+    SCOPED_TRACE(testing::Message() << n1 << " then " << n2);
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        const auto x = randomSignal<T>(n1 * n2, seed);
+        expectBits(run(forward, x, ScaleNoDivide), goodThomas<T>(x, n1, first, n2, second, false));
+        expectBits(run(inverse, x, ScaleNoDivide), goodThomas<T>(x, n1, first, n2, second, true));
+    }
+}
+
+TEST(WrittenFormulas, CoprimeJoins)
+{
+    expectGoodThomas<double>(tvkgDFTFwd_CToC_6_64fc, tvkgDFTInv_CToC_6_64fc, 2, size2, 3, foldedPlain);
+    expectGoodThomas<double>(tvkgDFTFwd_CToC_12_64fc, tvkgDFTInv_CToC_12_64fc, 3, foldedPlain, 4, size4);
+    expectGoodThomas<double>(tvkgDFTFwd_CToC_15_64fc, tvkgDFTInv_CToC_15_64fc, 5, foldedPlain, 3, foldedPlain);
+    expectGoodThomas<double>(tvkgDFTFwd_CToC_20_64fc, tvkgDFTInv_CToC_20_64fc, 5, foldedPlain, 4, size4);
+    // 32fc takes the stages of 12 and 20 the other way round.
+    expectGoodThomas<float>(tvkgDFTFwd_CToC_6_32fc, tvkgDFTInv_CToC_6_32fc, 2, size2, 3, foldedPlain);
+    expectGoodThomas<float>(tvkgDFTFwd_CToC_12_32fc, tvkgDFTInv_CToC_12_32fc, 4, size4, 3, foldedPlain);
+    expectGoodThomas<float>(tvkgDFTFwd_CToC_15_32fc, tvkgDFTInv_CToC_15_32fc, 5, foldedPlain, 3, foldedPlain);
+    expectGoodThomas<float>(tvkgDFTFwd_CToC_20_32fc, tvkgDFTInv_CToC_20_32fc, 4, size4, 5, foldedPlain);
+}
+
+// Size 10 in 32fc: the two 5-point groups read 0, 2, 4, 6, 8 and 5, 7, 9, 1, 3
+// (wrap-around), and no twiddle stands between the stages.
+TEST(WrittenFormulas, Size10LoadOrder)
+{
+    const int groups[2][5] = {{0, 2, 4, 6, 8}, {5, 7, 9, 1, 3}};
+    for (unsigned seed = 0; seed < 50; ++seed)
+        for (bool inverse : {false, true}) {
+            const auto x = randomSignal<float>(10, seed);
+            std::vector<Cx<float>> Y[2];
+            for (int g = 0; g < 2; ++g) {
+                std::vector<Cx<float>> group;
+                for (int n : groups[g])
+                    group.push_back(x[n]);
+                Y[g] = foldedPlain(group, inverse);
+            }
+            std::vector<Cx<float>> X(10);
+            for (int k1 = 0; k1 < 5; ++k1) {
+                // k = k1 mod 5 and k = 0 or 1 mod 2
+                const int even = k1 % 2 == 0 ? k1 : k1 + 5;
+                X[even] = Y[0][k1] + Y[1][k1];
+                X[(even + 5) % 10] = Y[0][k1] - Y[1][k1];
+            }
+            expectBits(run(inverse ? tvkgDFTInv_CToC_10_32fc : tvkgDFTFwd_CToC_10_32fc, x, ScaleNoDivide), X);
+        }
+}
+
 // In 32fc size 3 the product with sin(2*pi/3) is rounded after the product
 // in binary64, not by a binary32 constant: inputs whose binary32 evaluation
 // differs must give the binary64 answer.

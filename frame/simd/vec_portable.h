@@ -22,6 +22,17 @@ TVKG_INLINE V4f load(const float* p)
 TVKG_INLINE V4f loadu(const float* p) { return load(p); }
 TVKG_INLINE void store(float* p, V4f v) { std::memcpy(p, v.lane, sizeof v.lane); }
 TVKG_INLINE void storeu(float* p, V4f v) { store(p, v); }
+TVKG_INLINE V4f loadLowPair(const float* p) { return V4f{{p[0], p[1], 0.0f, 0.0f}}; }
+TVKG_INLINE void storeLowPair(float* p, V4f v)
+{
+    p[0] = v.lane[0];
+    p[1] = v.lane[1];
+}
+TVKG_INLINE void storeHighPair(float* p, V4f v)
+{
+    p[0] = v.lane[2];
+    p[1] = v.lane[3];
+}
 
 TVKG_INLINE V2d load(const double* p)
 {

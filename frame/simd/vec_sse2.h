@@ -12,6 +12,13 @@ TVKG_INLINE V4f load(const float* p) { return _mm_load_ps(p); }
 TVKG_INLINE V4f loadu(const float* p) { return _mm_loadu_ps(p); }
 TVKG_INLINE void store(float* p, V4f v) { _mm_store_ps(p, v); }
 TVKG_INLINE void storeu(float* p, V4f v) { _mm_storeu_ps(p, v); }
+// 64-bit moves of one 32fc element; they need no alignment beyond the float's.
+TVKG_INLINE V4f loadLowPair(const float* p)
+{
+    return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p));
+}
+TVKG_INLINE void storeLowPair(float* p, V4f v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), v); }
+TVKG_INLINE void storeHighPair(float* p, V4f v) { _mm_storeh_pi(reinterpret_cast<__m64*>(p), v); }
 
 TVKG_INLINE V2d load(const double* p) { return _mm_load_pd(p); }
 TVKG_INLINE void store(double* p, V2d v) { _mm_store_pd(p, v); }
