@@ -138,10 +138,19 @@ Graph::Value SplitArith::part(Graph::Value v, bool negative)
     return graph_.bitXor(v, graph_.signMask("kNegateAll", kind, std::vector<bool>(laneCount(kind), true)));
 }
 
-Cx SplitArith::materialize(Cx a) { return Cx{part(a.re, a.negRe), part(a.im, a.negIm)}; }
+Cx SplitArith::materialize(Cx a)
+{
+    if (isZero(a))
+        return Cx{a.re, a.im};
+    return Cx{part(a.re, a.negRe), part(a.im, a.negIm)};
+}
 
 Cx SplitArith::add(Cx a, Cx b)
 {
+    if (isZero(a))
+        return b;
+    if (isZero(b))
+        return a;
     Cx r;
     r.re = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, r.negRe);
     r.im = signedSum(graph_, a.im, a.negIm, b.im, b.negIm, r.negIm);
@@ -150,6 +159,8 @@ Cx SplitArith::add(Cx a, Cx b)
 
 Cx SplitArith::mulReal(Cx a, Trig c)
 {
+    if (isZero(a))
+        return a;
     const Exact value = c.value();
     const Kind kind = graph_.kind(a.re);
     const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), kind,
@@ -195,6 +206,8 @@ Cx SplitArith::mulLanes(Cx y, const std::array<Exact, 4>& cosLanes, const std::a
 {
     if (kind_ != Kind::V4F32)
         throw std::logic_error("lane constants need four-lane vectors");
+    if (isZero(y))
+        return y;
     const Graph::Value a = graph_.constant(name + "Re", kind_, {cosLanes.begin(), cosLanes.end()});
     const Graph::Value b = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
                                            {sinLanes.begin(), sinLanes.end()});
@@ -206,6 +219,8 @@ Cx SplitArith::mulLanes(Cx y, const std::array<Exact, 4>& cosLanes, const std::a
 
 Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
 {
+    if (isZero(a))
+        return a;
     const auto uniform = [&](Exact v) { return std::vector<Exact>(laneCount(kind_), magnitude(v)); };
     if (im == 0) {
         const Graph::Value k = graph_.constant(name + "Re", kind_, uniform(re));

@@ -121,6 +121,10 @@ public:
     Cx mulLanes(Cx y, const std::array<Exact, 4>& a, const std::array<Exact, 4>& b, const std::string& name);
     // Both parts with their pending signs applied.
     Cx materialize(Cx a);
+    // A value known to be zero in every lane (a pruned input): sums with it
+    // and products of it fold away, so the zero tail of a chirp transform
+    // is never added.
+    bool isZero(Cx a) const { return graph_.isZero(a.re) && graph_.isZero(a.im); }
 
 private:
     Graph::Value part(Graph::Value v, bool negative);

@@ -143,6 +143,7 @@ struct Road32 {
     Transform second;
     bool doubleRule = false;
     bool convolution = false; // a prime in the convolution form, across the lanes of its size-(p-1) split
+    bool chirp = false;       // a prime in the chirp form over the length of `lanes`
 };
 
 Road32 scalar32(const char* description, Transform codelet, bool doubleRule)
@@ -158,6 +159,11 @@ Road32 lanes32(const char* description, const JoinMap& map, Transform first, Tra
 Road32 convolution32(const char* description)
 {
     return {description, {}, {}, {}, {}, false, true};
+}
+
+Road32 chirp32(const char* description, const JoinMap& map, Transform first, Transform second)
+{
+    return {description, {}, map, std::move(first), std::move(second), false, false, true};
 }
 
 const std::map<int, Road32>& roads32()
@@ -220,6 +226,9 @@ const std::map<int, Road32>& roads32()
         r[42] = lanes32("lanes: 7 then 6 (2 then 3), coprime", cp(7, 6), f, road6);
         r[44] = lanes32("lanes: 4 then 11, coprime", cp(4, 11), dft4, f);
         r[45] = lanes32("lanes: 15 (5 then 3) then 3, twiddled", tw(15, 3), coprime(5, f, 3, f), f);
+        // 96 = 3 then 32, 128 = 4 then 32: halvings after the first stage.
+        r[47] = chirp32("chirp over 96 (3 then 32), across the lanes", tw(3, 32), f, twiddled(4, dft4, 8, road8));
+        r[59] = chirp32("chirp over 128 (4 then 32), across the lanes", tw(4, 32), dft4, twiddled(4, dft4, 8, road8));
         r[48] = lanes32("lanes: 4 then 12 (3 then 4), twiddled", tw(4, 12), dft4, coprime(3, f, 4, dft4));
         r[49] = lanes32("lanes: 7 then 7, twiddled", tw(7, 7), f, f);
         r[50] = lanes32("lanes: 5 then 10 (2 then 5), the 2 between the stages of 25", interleavedPowerMap(5, 2),
@@ -305,6 +314,9 @@ ComplexKernel buildComplexKernel(ComplexType type, int size, Direction direction
     if (road->second.scalar) {
         kernel.twins = false;
         buildScalar32(kernel, road->second);
+    } else if (road->second.chirp) {
+        SplitArith ar(kernel.graph, direction, Kind::V4F32);
+        buildLaneChirp(ar, size, road->second.lanes, road->second.first, road->second.second);
     } else if (road->second.convolution) {
         SplitArith ar(kernel.graph, direction, Kind::V4F32);
         const Road32& inner = roads32().at(size - 1);

@@ -80,6 +80,17 @@ Graph::Value Graph::signMask(const std::string& name, Kind kind, std::vector<boo
     return v;
 }
 
+bool Graph::isZero(Value v) const
+{
+    const Node& node = nodes_[v];
+    if (node.op != Op::Constant || constants_[node.constant].signMask)
+        return false;
+    for (Exact lane : constants_[node.constant].lanes)
+        if (lane != 0)
+            return false;
+    return true;
+}
+
 Graph::Value Graph::scaleArg(Kind kind) { return push(Node{Op::ScaleArg, kind}); }
 
 Graph::Value Graph::shuffle(const std::string& pattern, Value a, Value b)

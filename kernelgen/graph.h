@@ -85,6 +85,8 @@ public:
     Value narrow(Value a);
 
     Kind kind(Value v) const { return nodes_[v].kind; }
+    // A constant whose lanes are all +0.0 (not a sign mask).
+    bool isZero(Value v) const;
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<ConstantDef>& constants() const { return constants_; }
 

@@ -1,5 +1,6 @@
 #include "lanes32.h"
 
+#include <algorithm>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -29,6 +30,10 @@ Cx loadPair(Graph& g, int element)
 // they are consecutive from an even element, else one 64-bit move each.
 Cx gather(Graph& g, std::array<int, 4> elements)
 {
+    if (elements[0] < 0 && elements[1] < 0 && elements[2] < 0 && elements[3] < 0) {
+        const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
+        return Cx{zero, zero};
+    }
     const bool evenStart = elements[0] >= 0 && elements[0] % 2 == 0;
     const bool pair = evenStart && elements[1] == elements[0] + 1;
     if (pair && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
@@ -133,10 +138,13 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
 
 // Steps 1 to 4 of the split up to the outputs of the second stage:
 // out[block][k2], lanes k1 = 4*block+l. Element e of the transform's input
-// is loaded from element `source(e)` of src.
+// is loaded from element `source(e)` of src (-1: a zero), and each loaded
+// vector passes `prepare` with its elements before the first stage.
+using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
+
 std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Transform& first,
                                  const Transform& second, const std::function<int(int)>& source,
-                                 const std::string& prefix)
+                                 const std::string& prefix, const Prepare& prepare = nullptr)
 {
     Graph& g = ar.graph();
     const int laneSets = (map.n2 + 3) / 4;
@@ -148,6 +156,8 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
             for (int l = 0; l < 4; ++l)
                 elements[l] = inLane(4 * set + l, map.n2) < 0 ? -1 : source(map.input(i1, 4 * set + l));
             column[i1] = gather(g, elements);
+            if (prepare)
+                column[i1] = prepare(column[i1], elements);
         }
         firstOut[set] = first(ar, column);
     }
@@ -236,6 +246,64 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
                 elements[l] = i2 < 0 ? -1 : powMod(root, (m - map.input(i1, i2)) % m, p);
             }
             scatterScaled(ar, y[set][i1], elements, scale);
+        }
+}
+
+void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
+{
+    Graph& g = ar.graph();
+    const int length = map.n1 * map.n2;
+    const long h = (p + 1) / 2;
+    // W^(h*n^2) for the four elements of a vector; idle lanes get 1.
+    const auto chirp = [&](Cx v, const std::array<int, 4>& elements) {
+        std::array<int, 4> exponents{};
+        for (int l = 0; l < 4; ++l)
+            if (elements[l] >= 0)
+                exponents[l] = static_cast<int>(h * elements[l] % p * elements[l] % p);
+        const int firstElement = *std::max_element(elements.begin(), elements.end());
+        return ar.rotateLanes(v, p, exponents, "kChirp" + std::to_string(firstElement));
+    };
+    const std::string prefix = "kW" + std::to_string(length);
+    std::vector<Signal> A = forwardSplit(ar, map, first, second, [p](int n) { return n < p ? n : -1; }, prefix, chirp);
+
+    // B[k] = (1/M) sum over |m| < p of W^(-h*m^2) exp(-2*pi*i*m*k/M), the gap
+    // between m = p-1 and M-(p-1) left empty.
+    const int sign = ar.exponentSign();
+    for (size_t block = 0; block < A.size(); ++block)
+        for (int k2 = 0; k2 < map.n2; ++k2) {
+            std::array<Exact, 4> re{}, im{};
+            for (int l = 0; l < 4; ++l) {
+                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
+                if (k1 < 0)
+                    continue;
+                const long k = map.output(k1, k2);
+                for (long m = -(p - 1); m <= p - 1; ++m) {
+                    const long num = sign * (-(h * m % p * m % p) * length + m * k * p);
+                    re[l] += cosTurn(num, static_cast<long>(p) * length);
+                    im[l] += sinTurn(num, static_cast<long>(p) * length);
+                }
+                re[l] /= length;
+                im[l] /= length;
+            }
+            A[block][k2] = ar.mulLanes(A[block][k2], re, im,
+                                       "kB" + std::to_string(length) + "Block" + std::to_string(block) + "Row" +
+                                           std::to_string(k2));
+        }
+
+    const auto back = ar.reversed();
+    const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, A, prefix);
+    const Graph::Value scale = g.scaleArg(Kind::V4F32);
+    for (size_t set = 0; set < y.size(); ++set)
+        for (int i1 = 0; i1 < map.n1; ++i1) {
+            std::array<int, 4> elements;
+            bool any = false;
+            for (int l = 0; l < 4; ++l) {
+                const int i2 = inLane(4 * static_cast<int>(set) + l, map.n2);
+                elements[l] = i2 < 0 || map.input(i1, i2) >= p ? -1 : map.input(i1, i2);
+                any |= elements[l] >= 0;
+            }
+            if (any)
+                scatterScaled(ar, chirp(y[set][i1], elements), elements, scale);
         }
 }
 

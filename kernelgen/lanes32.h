@@ -26,4 +26,11 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
 // vector holding bin 0.
 void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second);
 
+// The chirp form of the prime p over the length M = n1*n2 of the twiddled
+// split `map`: a[n] = x[n] W^(h n^2) (h = (p+1)/2) on the loaded vectors,
+// the forward split with the zero tail a[p..M-1] pruned, the constants B[k]
+// one per lane, the adjoint split of which only outputs 0..p-1 are kept,
+// the same chirp again, then the scale as a step of its own.
+void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second);
+
 } // namespace kernelgen

@@ -153,7 +153,7 @@ TEST(WrittenFormulas, Sizes2And4)
 }
 
 // ---- sizes 3 and 5: the folded form ------------------------------------------
-// 64fc: X0 = x0 + (a1 + a2), m and n in binary64.
+// 64fc: X0 = x0 + (a1 + a2), m and n in binary64 (foldedPlain).
 // 32fc: X0 = (x0 + a1) + a2 in binary32; m[k] and n[k] accumulated in
 // binary64 from widened operands and binary64 constants, rounded once.
 
@@ -164,25 +164,28 @@ const double kSin[6][3] = {{}, {}, {}, {0, 0.8660254037844386}, {}, {0, 0.951056
 double cosOf(int p, int j) { j %= p; return j <= p / 2 ? kCos[p][j] : kCos[p][p - j]; }
 double sinOf(int p, int j) { j %= p; return j <= p / 2 ? kSin[p][j] : -kSin[p][p - j]; }
 
-std::vector<Cx<double>> folded64(const std::vector<Cx<double>>& x, bool inverse)
+// The vector codelets of both types (all but the scalar 32fc 3 and 5) form
+// X0 = x0 + (a1 + a2) and every sum and product in the element type.
+template <class T>
+std::vector<Cx<T>> foldedPlain(const std::vector<Cx<T>>& x, bool inverse)
 {
     const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
-    std::vector<Cx<double>> a(h + 1), b(h + 1), X(p);
+    std::vector<Cx<T>> a(h + 1), b(h + 1), X(p);
     for (int j = 1; j <= h; ++j) {
         a[j] = x[j] + x[p - j];
         b[j] = x[j] - x[p - j];
     }
-    Cx<double> sum = a[1];
+    Cx<T> sum = a[1];
     for (int j = 2; j <= h; ++j)
         sum = sum + a[j];
     X[0] = x[0] + sum;
     for (int k = 1; k <= h; ++k) {
-        Cx<double> m = x[0];
+        Cx<T> m = x[0];
         for (int j = 1; j <= h; ++j)
-            m = m + cosOf(p, j * k) * a[j];
-        Cx<double> n = sinOf(p, k) * b[1];
+            m = m + static_cast<T>(cosOf(p, j * k)) * a[j];
+        Cx<T> n = static_cast<T>(sinOf(p, k)) * b[1];
         for (int j = 2; j <= h; ++j)
-            n = n + sinOf(p, j * k) * b[j];
+            n = n + static_cast<T>(sinOf(p, j * k)) * b[j];
         const auto r = inverse ? plusI(n) : minusI(n);
         X[k] = m + r;
         X[p - k] = m - r;
@@ -228,7 +231,7 @@ TEST(WrittenFormulas, FoldedSizes3And5)
             for (int inverse = 0; inverse < 2; ++inverse) {
                 SCOPED_TRACE(testing::Message() << "size " << p << (inverse ? " inverse" : " forward"));
                 const auto xd = randomSignal<double>(p, seed);
-                expectBits(run(k64[which][inverse], xd, ScaleNoDivide), folded64(xd, inverse));
+                expectBits(run(k64[which][inverse], xd, ScaleNoDivide), foldedPlain(xd, inverse));
                 const auto xf = randomSignal<float>(p, seed);
                 expectBits(run(k32[which][inverse], xf, ScaleDivBySqrtN),
                            scaled(folded32(xf, inverse), static_cast<float>(1 / std::sqrt(static_cast<long double>(p)))));
@@ -237,35 +240,6 @@ TEST(WrittenFormulas, FoldedSizes3And5)
 }
 
 // ---- coprime joins: Good-Thomas maps, no twiddles -----------------------------
-// The vector codelets of both types form X0 = x0 + (a1 + a2) and every sum
-// in the element type, like the 64fc codelet above.
-
-template <class T>
-std::vector<Cx<T>> foldedPlain(const std::vector<Cx<T>>& x, bool inverse)
-{
-    const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
-    std::vector<Cx<T>> a(h + 1), b(h + 1), X(p);
-    for (int j = 1; j <= h; ++j) {
-        a[j] = x[j] + x[p - j];
-        b[j] = x[j] - x[p - j];
-    }
-    Cx<T> sum = a[1];
-    for (int j = 2; j <= h; ++j)
-        sum = sum + a[j];
-    X[0] = x[0] + sum;
-    for (int k = 1; k <= h; ++k) {
-        Cx<T> m = x[0];
-        for (int j = 1; j <= h; ++j)
-            m = m + static_cast<T>(cosOf(p, j * k)) * a[j];
-        Cx<T> n = static_cast<T>(sinOf(p, k)) * b[1];
-        for (int j = 2; j <= h; ++j)
-            n = n + static_cast<T>(sinOf(p, j * k)) * b[j];
-        const auto r = inverse ? plusI(n) : minusI(n);
-        X[k] = m + r;
-        X[p - k] = m - r;
-    }
-    return X;
-}
 
 template <class T>
 std::vector<Cx<T>> size2(const std::vector<Cx<T>>& x, bool)
