@@ -109,7 +109,7 @@ std::vector<bool> Graph::liveNodes() const
     std::vector<bool> live(nodes_.size(), false);
     for (size_t i = nodes_.size(); i-- > 0;) {
         const Node& node = nodes_[i];
-        if (node.op == Op::Store || node.op == Op::StoreLowPair || node.op == Op::StoreHighPair)
+        if (isStore(node.op))
             live[i] = true;
         if (!live[i])
             continue;

@@ -38,6 +38,11 @@ enum class Op {
     Narrow,    // binary64 -> binary32, one rounding
 };
 
+// Moves between the arrays and the registers, whole vectors or single
+// 32fc elements.
+inline bool isLoad(Op op) { return op == Op::Load || op == Op::LoadPair; }
+inline bool isStore(Op op) { return op == Op::Store || op == Op::StoreLowPair || op == Op::StoreHighPair; }
+
 struct Node {
     Node(Op op, Kind kind, int a = -1, int b = -1) : op(op), kind(kind), a(a), b(b) {}
     Op op;

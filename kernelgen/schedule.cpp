@@ -12,7 +12,7 @@ constexpr int kRegisters = 16;
 
 // Constants and the scale are read from memory where they are used, so they
 // hold no register of their own.
-bool holdsRegister(const Node& n) { return n.op != Op::Store && n.op != Op::Constant && n.op != Op::ScaleArg; }
+bool holdsRegister(const Node& n) { return !isStore(n.op) && n.op != Op::Constant && n.op != Op::ScaleArg; }
 
 std::vector<int> builderOrder(const std::vector<bool>& live)
 {
@@ -58,7 +58,7 @@ std::vector<int> depthFirstPosition(const Graph& g, const std::vector<bool>& liv
     int next = 0;
     std::vector<std::pair<int, bool>> stack; // node, operands already pushed
     for (size_t s = 0; s < nodes.size(); ++s) {
-        if (!live[s] || nodes[s].op != Op::Store)
+        if (!live[s] || !isStore(nodes[s].op))
             continue;
         stack.push_back({static_cast<int>(s), false});
         while (!stack.empty()) {
@@ -101,7 +101,7 @@ std::vector<int> pressureOrder(const Graph& g, const std::vector<bool>& live)
                 ++operandsLeft[i];
                 users[o].push_back(static_cast<int>(i));
             }
-        loadsLeft += nodes[i].op == Op::Load;
+        loadsLeft += isLoad(nodes[i].op);
     }
     std::vector<int> ready, order;
     for (size_t i = 0; i < nodes.size(); ++i)
@@ -112,11 +112,11 @@ std::vector<int> pressureOrder(const Graph& g, const std::vector<bool>& live)
         std::tuple<int, int> bestKey;
         for (size_t r = 0; r < ready.size(); ++r) {
             const Node& n = nodes[ready[r]];
-            if (n.op == Op::Store && loadsLeft > 0)
+            if (isStore(n.op) && loadsLeft > 0)
                 continue;
             int freed = n.a >= 0 && usesLeft[n.a] == usesOf(n, n.a);
             freed += n.b >= 0 && n.b != n.a && usesLeft[n.b] == usesOf(n, n.b);
-            const std::tuple<int, int> key{freed - (n.op != Op::Store), -position[ready[r]]};
+            const std::tuple<int, int> key{freed - !isStore(n.op), -position[ready[r]]};
             if (best == ready.size() || key > bestKey) {
                 best = r;
                 bestKey = key;
@@ -125,7 +125,7 @@ std::vector<int> pressureOrder(const Graph& g, const std::vector<bool>& live)
         const int v = ready[best];
         ready.erase(ready.begin() + static_cast<long>(best));
         order.push_back(v);
-        loadsLeft -= nodes[v].op == Op::Load;
+        loadsLeft -= isLoad(nodes[v].op);
         for (int o : {nodes[v].a, nodes[v].b})
             if (o >= 0)
                 --usesLeft[o];
