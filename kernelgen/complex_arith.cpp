@@ -23,6 +23,16 @@ int reduceExponent(int n, int e) { return ((e % n) + n) % n; }
 
 } // namespace
 
+Cx ComplexArith::mulComplex(Cx, Exact, Exact, const std::string&)
+{
+    throw std::logic_error("this arithmetic has no spectrum products");
+}
+
+std::unique_ptr<ComplexArith> ComplexArith::reversed() const
+{
+    throw std::logic_error("this arithmetic has no reversed twin");
+}
+
 // ---- PairArith: one complex number per binary64 vector ----------------------
 
 Cx PairArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }

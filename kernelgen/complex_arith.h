@@ -63,10 +63,12 @@ public:
     // Product with W_n^e, by the cheapest form its angle allows.
     virtual Cx rotate(Cx a, int n, int e) = 0;
     // Product with the complex constant re + i*im (a spectrum constant),
-    // stored under `name`; a zero part costs nothing.
-    virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) = 0;
-    // The same arithmetic on the same graph with the opposite direction.
-    virtual std::unique_ptr<ComplexArith> reversed() const = 0;
+    // stored under `name`; a zero part costs nothing. Only the arithmetics
+    // of the DFT kernels, which hold convolution forms, have it.
+    virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name);
+    // The same arithmetic on the same graph with the opposite direction
+    // (the inverse stage of a convolution form); DFT kernels only.
+    virtual std::unique_ptr<ComplexArith> reversed() const;
     // The double rule of the scalar binary32 codelets: sums of products
     // with constants are formed in binary64 between widen and narrow.
     virtual Cx widen(Cx a) { return a; }

@@ -119,8 +119,8 @@ Signal dftPlus(ComplexArith& ar, const Signal& x)
     case 2: return dft2(ar, x);
     case 4: return dft4(ar, x);
     case 8: return road8(ar, x);
-    case 16: return twiddledJoin(ar, x, 4, dft4, 4, dft4);
-    case 32: return twiddledJoin(ar, x, 8, road8, 4, dft4);
+    case 16: return join(ar, x, twiddledMap(4, 4), dft4, dft4);
+    case 32: return join(ar, x, twiddledMap(8, 4), road8, dft4);
     default: throw std::logic_error("no DFT of this length");
     }
 }
