@@ -9,6 +9,12 @@
 
 namespace kernelgen {
 
+// Pieces every printer shares: the C++ type of a value kind, a constant as a
+// correctly rounded hex literal of its kind, and the generated-file banner.
+const char* cppType(Kind kind);
+std::string literal(Kind kind, Exact value);
+std::string header(const std::string& invocation);
+
 // Forward and inverse kernels of one size and type, with their exported
 // entry points.
 std::string printComplexSizeFile(ComplexType type, int size, const std::string& invocation);
