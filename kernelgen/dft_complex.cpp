@@ -30,6 +30,11 @@ Transform coprime(int n1, Transform first, int n2, Transform second)
     return joined(coprimeMap(n1, n2), std::move(first), std::move(second));
 }
 
+Transform halvingsAround(Transform odd)
+{
+    return [odd = std::move(odd)](ComplexArith& ar, const Signal& x) { return halvingsAroundOdd(ar, x, odd); };
+}
+
 Transform innerOf(ComplexType type, int m);
 
 // The convolution form, nesting the element type's own size-(p-1) kernel.
@@ -108,14 +113,15 @@ const std::map<int, Road64>& roads64()
         r[24] = {"8 (size-8 road) then 3, coprime join", coprime(8, road8, 3, f)};
         r[25] = {"5 then 5, twiddled join", twiddled(5, f, 5, f)};
         r[27] = {"3 then 9 (3 then 3), twiddled joins", road27};
-        r[28] = {"4 then 7, coprime join", coprime(4, dft4, 7, f)};
+        r[28] = {"2 2 around 7: halving steps around the odd stage, Good-Thomas maps", halvingsAround(f)};
         r[30] = {"2 then 15 (5 then 3), coprime joins", coprime(2, dft2, 15, coprime(5, f, 3, f))};
         r[32] = {"4 then 8 (size-8 road), twiddled join", twiddled(4, dft4, 8, road8)};
         r[33] = {"11 then 3, coprime join", coprime(11, f, 3, f)};
-        r[36] = {"4 then 9 (3 then 3), coprime join", coprime(4, dft4, 9, road9)};
+        r[36] = {"2 2 around 9 (3 then 3): halving steps around the odd stage, Good-Thomas maps",
+                 halvingsAround(road9)};
         r[40] = {"8 (size-8 road) then 5, coprime join", coprime(8, road8, 5, f)};
         r[42] = {"2 then 21 (7 then 3), coprime joins", coprime(2, dft2, 21, coprime(7, f, 3, f))};
-        r[44] = {"4 then 11, coprime join", coprime(4, dft4, 11, f)};
+        r[44] = {"2 2 around 11: halving steps around the odd stage, Good-Thomas maps", halvingsAround(f)};
         r[45] = {"5 then 9 (3 then 3), coprime join", coprime(5, f, 9, road9)};
         r[48] = {"16 (4 then 4) then 3, coprime join", coprime(16, road16, 3, f)};
         r[49] = {"7 then 7, twiddled join", twiddled(7, f, 7, f)};

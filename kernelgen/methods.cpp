@@ -241,4 +241,35 @@ Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transfo
     return X;
 }
 
+Signal halvingsAroundOdd(ComplexArith& ar, const Signal& x, const Transform& odd)
+{
+    const int q = static_cast<int>(x.size()) / 4;
+    if (4 * q != static_cast<int>(x.size()) || q % 2 == 0)
+        throw std::logic_error("halvings around an odd stage need N = 4 * odd");
+    const JoinMap map = coprimeMap(4, q);
+    // rows[k1][i2]: the half sums in rows 0 and 2, the odd outputs of the
+    // 4-point stage in rows 1 and 3.
+    std::vector<Signal> rows(4, Signal(q));
+    for (int i2 = 0; i2 < q; ++i2) {
+        const Cx x0 = x[map.input(0, i2)], x1 = x[map.input(1, i2)];
+        const Cx x2 = x[map.input(2, i2)], x3 = x[map.input(3, i2)];
+        rows[0][i2] = ar.add(x0, x2);
+        rows[2][i2] = ar.add(x1, x3);
+        const Cx b = ar.sub(x0, x2);
+        const Cx wd = ar.timesW4(ar.sub(x1, x3));
+        rows[1][i2] = ar.add(b, wd);
+        rows[3][i2] = ar.sub(b, wd);
+    }
+    for (Signal& row : rows)
+        row = odd(ar, row);
+    Signal X(4 * q);
+    for (int k2 = 0; k2 < q; ++k2) {
+        X[map.output(0, k2)] = ar.add(rows[0][k2], rows[2][k2]);
+        X[map.output(2, k2)] = ar.sub(rows[0][k2], rows[2][k2]);
+        X[map.output(1, k2)] = rows[1][k2];
+        X[map.output(3, k2)] = rows[3][k2];
+    }
+    return X;
+}
+
 } // namespace kernelgen

@@ -66,4 +66,13 @@ Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
 Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transform& first, const Transform& second);
 
+// N = 4*q, q odd: the Good-Thomas maps of 4 then q (groups read with
+// wrap-around, outputs stored to their Chinese-remainder places), with the
+// 4-point stage split around the odd stage. The even-numbered outputs are
+// the length-N/2 transform of x[n] + x[n + N/2]: the odd stage on the two
+// halves of those sums, the last 2-point butterfly after it. The
+// odd-numbered outputs take the rest of the 4-point stage first
+// (x[n] - x[n + N/2] and the W4 butterfly), then the odd stage.
+Signal halvingsAroundOdd(ComplexArith& ar, const Signal& x, const Transform& odd);
+
 } // namespace kernelgen
