@@ -15,17 +15,17 @@ Transform folded(DcOrder order)
     return [order](ComplexArith& ar, const Signal& x) { return foldedOdd(ar, x, order); };
 }
 
-Transform joined(const JoinMap& map, Transform first, Transform second)
+Transform joined(const JoinMap& map, Stage first, Stage second)
 {
     return [=](ComplexArith& ar, const Signal& x) { return join(ar, x, map, first, second); };
 }
 
-Transform twiddled(int n1, Transform first, int n2, Transform second)
+Transform twiddled(int n1, Stage first, int n2, Stage second)
 {
     return joined(twiddledMap(n1, n2), std::move(first), std::move(second));
 }
 
-Transform coprime(int n1, Transform first, int n2, Transform second)
+Transform coprime(int n1, Stage first, int n2, Stage second)
 {
     return joined(coprimeMap(n1, n2), std::move(first), std::move(second));
 }
@@ -88,14 +88,20 @@ const std::map<int, Road64>& roads64()
         r[43] = {"convolution over 42", c64};
         r[46] = {"23 (convolution) then 2, coprime join", coprime(23, c64, 2, dft2)};
         r[47] = {"convolution over 46", c64};
-        r[50] = {"25 (5 then 5) then 2, coprime join", coprime(25, twiddled(5, f, 5, f), 2, dft2)};
+        // Both forms of 5 side by side. In 50 the five-point transforms whose
+        // inputs carry no twiddle take the convolution form: the first stage
+        // of each 25 and its untwiddled row, 12 of 20. In 60 the 20 of row 0
+        // of the outer join does, 4 of 12.
+        r[50] = {"25 (5 then 5; convolution form in the first stage and the untwiddled row) then 2, coprime join",
+                 coprime(25, twiddled(5, c64, 5, Stage(1, c64, f)), 2, dft2)};
         r[51] = {"17 (convolution) then 3, coprime join", coprime(17, c64, 3, f)};
         r[52] = {"13 (convolution) then 4, coprime join", coprime(13, c64, 4, dft4)};
         r[53] = {"convolution over 52", c64};
         r[57] = {"19 (convolution) then 3, coprime join", coprime(19, c64, 3, f)};
         r[58] = {"29 (convolution) then 2, coprime join", coprime(29, c64, 2, dft2)};
         r[59] = {"convolution over 58", c64};
-        r[60] = {"3 then 20 (5 then 4), coprime joins", coprime(3, f, 20, coprime(5, f, 4, dft4))};
+        r[60] = {"3 then 20 (5 then 4), coprime joins; the 20 of row 0 with five-point stages in convolution form",
+                 coprime(3, f, 20, Stage(1, coprime(5, c64, 4, dft4), coprime(5, f, 4, dft4)))};
         r[61] = {"convolution over 60", c64};
         r[62] = {"31 (convolution) then 2, coprime join", coprime(31, c64, 2, dft2)};
         r[7] = {"folded length-7 codelet", f};

@@ -214,17 +214,19 @@ JoinMap interleavedPowerMap(int p, int q)
             [=](int i2, int k1) { return pointB(i2) * k1; }, p * p};
 }
 
-Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transform& first, const Transform& second)
+Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second)
 {
     const int n = map.n1 * map.n2;
     if (static_cast<int>(x.size()) != n)
         throw std::logic_error("join of the wrong length");
+    if (first.leadingGroups > map.n2 || second.leadingGroups > map.n1)
+        throw std::logic_error("more leading groups than the stage has");
     std::vector<Signal> columns(map.n2);
     for (int i2 = 0; i2 < map.n2; ++i2) {
         Signal group(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
-        columns[i2] = first(ar, group);
+        columns[i2] = first.on(i2)(ar, group);
         for (int k1 = 1; k1 < map.n1; ++k1)
             if (map.twiddle(i2, k1) % map.twiddleDen != 0)
                 columns[i2][k1] = ar.rotate(columns[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
@@ -234,7 +236,7 @@ Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transfo
         Signal row(map.n2);
         for (int i2 = 0; i2 < map.n2; ++i2)
             row[i2] = columns[i2][k1];
-        const Signal out = second(ar, row);
+        const Signal out = second.on(k1)(ar, row);
         for (int k2 = 0; k2 < map.n2; ++k2)
             X[map.output(k1, k2)] = out[k2];
     }

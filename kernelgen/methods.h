@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "complex_arith.h"
@@ -63,8 +64,29 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
 std::string spectrumName(int p, int k);
 Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
 
+// The transforms of one stage of a join, by group (i2 in the first stage,
+// k1 in the second). A stage runs one transform on all its groups, or holds
+// two forms of a factor side by side: its first `leadingGroups` groups take
+// `leading`, the others `rest`.
+struct Stage {
+    template <class F>
+        requires std::is_constructible_v<Transform, F>
+    Stage(F transform) : rest(std::move(transform))
+    {
+    }
+    Stage(int leadingGroups, Transform leading, Transform rest)
+        : leadingGroups(leadingGroups), leading(std::move(leading)), rest(std::move(rest))
+    {
+    }
+    const Transform& on(int group) const { return group < leadingGroups ? leading : rest; }
+
+    int leadingGroups = 0;
+    Transform leading;
+    Transform rest;
+};
+
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
-Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Transform& first, const Transform& second);
+Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second);
 
 // N = 4*q, q odd: the Good-Thomas maps of 4 then q (groups read with
 // wrap-around, outputs stored to their Chinese-remainder places), with the
