@@ -28,6 +28,13 @@ Cx ComplexArith::mulComplex(Cx, Exact, Exact, const std::string&)
     throw std::logic_error("this arithmetic has no spectrum products");
 }
 
+Cx ComplexArith::mulPair(Cx, Exact, const std::string&, Cx, Exact, const std::string&)
+{
+    throw std::logic_error("this arithmetic has no spectrum products in pair form");
+}
+
+Cx ComplexArith::zero() { throw std::logic_error("this arithmetic has no zero values"); }
+
 std::unique_ptr<ComplexArith> ComplexArith::reversed() const
 {
     throw std::logic_error("this arithmetic has no reversed twin");
@@ -50,8 +57,14 @@ Graph::Value PairArith::materialize(Cx a)
     return graph_.bitXor(a.re, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
 }
 
+Cx PairArith::zero() { return Cx{graph_.constant("kZero", Kind::V2F64, {0, 0})}; }
+
 Cx PairArith::add(Cx a, Cx b)
 {
+    if (isZero(a))
+        return b;
+    if (isZero(b))
+        return a;
     if (a.negRe != a.negIm)
         a = Cx{materialize(a)};
     if (b.negRe != b.negIm)
@@ -63,6 +76,8 @@ Cx PairArith::add(Cx a, Cx b)
 
 Cx PairArith::mulReal(Cx a, Trig c)
 {
+    if (isZero(a))
+        return a;
     const Exact value = c.value();
     const Exact m = magnitude(value);
     const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), Kind::V2F64, {m, m});
@@ -83,6 +98,8 @@ Cx PairArith::timesI(Cx a)
 
 Cx PairArith::timesW4(Cx a)
 {
+    if (isZero(a))
+        return a;
     return direction_ == Direction::Forward ? neg(timesI(a)) : timesI(a);
 }
 
@@ -114,19 +131,30 @@ Cx PairArith::rotate(Cx a, int n, int e)
 
 Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
 {
+    return mulPair(a, re, name + "Re", a, im, name + "Im");
+}
+
+Cx PairArith::mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName)
+{
+    if (isZero(a))
+        re = 0;
+    if (isZero(b))
+        im = 0;
+    if (re == 0 && im == 0)
+        return zero();
     Cx p;
     if (re != 0) {
         const Exact m = magnitude(re);
-        p = Cx{graph_.mul(a.re, graph_.constant(name + "Re", Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
+        p = Cx{graph_.mul(a.re, graph_.constant(reName, Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
         if (re < 0)
             p = neg(p);
     }
     if (im == 0)
         return p;
-    // swap(a) * (-im, im) = i*im*a
+    // swap(b) * (-im, im) = i*im*b
     const Graph::Value pattern =
-        graph_.constant(name + (im > 0 ? "ImNegPos" : "ImPosNeg"), Kind::V2F64, {-im, im});
-    const Cx q{graph_.mul(graph_.shuffle("swapLanes", materialize(a)), pattern)};
+        graph_.constant(imName + (im > 0 ? "NegPos" : "PosNeg"), Kind::V2F64, {-im, im});
+    const Cx q{graph_.mul(graph_.shuffle("swapLanes", materialize(b)), pattern)};
     return re != 0 ? add(p, q) : q;
 }
 

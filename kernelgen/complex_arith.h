@@ -66,6 +66,12 @@ public:
     // stored under `name`; a zero part costs nothing. Only the arithmetics
     // of the DFT kernels, which hold convolution forms, have it.
     virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name);
+    // re*a + i*im*b with the constants stored under their names (a spectrum
+    // product in pair form); 64fc only.
+    virtual Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName);
+    // A value known to be zero, which sums and products fold away (the empty
+    // halves of a rotated pair); 64fc only.
+    virtual Cx zero();
     // The same arithmetic on the same graph with the opposite direction
     // (the inverse stage of a convolution form); DFT kernels only.
     virtual std::unique_ptr<ComplexArith> reversed() const;
@@ -92,6 +98,9 @@ public:
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
+    Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName) override;
+    Cx zero() override;
+    bool isZero(Cx a) const { return graph_.isZero(a.re); }
     std::unique_ptr<ComplexArith> reversed() const override;
 
 private:

@@ -1,5 +1,6 @@
 #include "graph.h"
 
+#include <set>
 #include <stdexcept>
 
 namespace kernelgen {
@@ -137,6 +138,24 @@ OpCounts Graph::countOps() const
             ++counts.mul;
     }
     return counts;
+}
+
+int Graph::storedMagnitudes() const
+{
+    std::set<double> magnitudes = {0.0, 1.0};
+    const std::vector<bool> live = liveNodes();
+    for (size_t i = 0; i < nodes_.size(); ++i) {
+        if (!live[i] || nodes_[i].op != Op::Constant)
+            continue;
+        const ConstantDef& c = constants_[nodes_[i].constant];
+        if (c.signMask)
+            continue;
+        for (Exact lane : c.lanes) {
+            const Exact m = lane < 0 ? -lane : lane;
+            magnitudes.insert(isSingle(c.kind) ? static_cast<double>(roundToFloat(m)) : roundToDouble(m));
+        }
+    }
+    return static_cast<int>(magnitudes.size());
 }
 
 } // namespace kernelgen

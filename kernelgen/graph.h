@@ -98,6 +98,10 @@ public:
     // Which nodes reach a store; the printer drops the rest.
     std::vector<bool> liveNodes() const;
     OpCounts countOps() const;
+    // Distinct magnitudes of the constants that reach a store, as stored in
+    // their element type, with 0 and 1 counted always; sign masks and the
+    // scale factor are not among them.
+    int storedMagnitudes() const;
 
 private:
     Value push(Node node);

@@ -1,48 +1,111 @@
 #include "methods.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace kernelgen {
+
+PairedInput binsOf(ComplexArith& ar, const Signal& x)
+{
+    const int n = static_cast<int>(x.size());
+    return {n, [x](int k) { return x[k]; },
+            [&ar, x, n](int k) { return SumDif{ar.add(x[k], x[(n - k) % n]), ar.sub(x[k], x[(n - k) % n])}; }};
+}
+
+void PairedOutput::setPair(int k, Cx h, Cx d)
+{
+    const int partner = (size() - k) % size();
+    if (partner == k)
+        throw std::logic_error("a bin that is its own partner");
+    const int lower = std::min(k, partner);
+    open[lower] = true;
+    half[lower] = h;
+    diff[lower] = k == lower ? d : ComplexArith::neg(d);
+}
+
+void PairedOutput::setFactoredPair(int k, Cx h, Cx d, Cx b, Trig f)
+{
+    setPair(k, h, d);
+    const int lower = std::min(k, (size() - k) % size());
+    base[lower] = k == lower ? b : ComplexArith::neg(b);
+    factor[lower] = f;
+}
+
+Trig PairedOutput::factorAt(int k) const { return factor[std::min(k, (size() - k) % size())]; }
+
+Cx PairedOutput::baseAt(int k) const
+{
+    const int partner = (size() - k) % size();
+    return k <= partner ? base[k] : ComplexArith::neg(base[partner]);
+}
+
+bool PairedOutput::isOpen(int k) const { return open[std::min(k, (size() - k) % size())]; }
+
+Cx PairedOutput::halfAt(int k) const { return half[std::min(k, (size() - k) % size())]; }
+
+Cx PairedOutput::diffAt(int k) const
+{
+    const int partner = (size() - k) % size();
+    return k <= partner ? diff[k] : ComplexArith::neg(diff[partner]);
+}
+
+Signal close(ComplexArith& ar, const PairedOutput& y)
+{
+    Signal X = y.bin;
+    for (int k = 0; k < y.size(); ++k)
+        if (y.open[k]) {
+            X[k] = ar.add(y.half[k], y.diff[k]);
+            X[y.size() - k] = ar.sub(y.half[k], y.diff[k]);
+        }
+    return X;
+}
 
 Signal dft2(ComplexArith& ar, const Signal& x)
 {
     return {ar.add(x[0], x[1]), ar.sub(x[0], x[1])};
 }
 
-Signal dft4(ComplexArith& ar, const Signal& x)
+PairedOutput dft4Pairs(ComplexArith& ar, const PairedInput& x)
 {
-    const Cx a = ar.add(x[0], x[2]);
-    const Cx b = ar.sub(x[0], x[2]);
-    const Cx c = ar.add(x[1], x[3]);
-    const Cx d = ar.sub(x[1], x[3]);
-    const Cx wd = ar.timesW4(d);
-    return {ar.add(a, c), ar.add(b, wd), ar.sub(a, c), ar.sub(b, wd)};
+    const Cx x0 = x.bin(0), x2 = x.bin(2);
+    const Cx a = ar.add(x0, x2);
+    const Cx b = ar.sub(x0, x2);
+    const SumDif cd = x.pair(1);
+    PairedOutput X(4);
+    X.bin[0] = ar.add(a, cd.sum);
+    X.bin[2] = ar.sub(a, cd.sum);
+    X.setPair(1, b, ar.timesW4(cd.dif));
+    return X;
 }
+
+Signal dft4(ComplexArith& ar, const Signal& x) { return close(ar, dft4Pairs(ar, binsOf(ar, x))); }
 
 // X[k] = m[k] + W4*n[k], X[p-k] = m[k] - W4*n[k] with
 // m[k] = x0 + sum_j cos(2*pi*j*k/p) a[j], n[k] = sum_j sin(2*pi*j*k/p) b[j],
 // a[j] = x[j] + x[p-j], b[j] = x[j] - x[p-j]: 2h^2 separate products.
-Signal foldedOdd(ComplexArith& ar, const Signal& x, DcOrder dcOrder)
+PairedOutput foldedOddPairs(ComplexArith& ar, const PairedInput& x, DcOrder dcOrder)
 {
-    const int p = static_cast<int>(x.size());
+    const int p = x.size;
     const int h = (p - 1) / 2;
+    const Cx x0 = x.bin(0);
     Signal a(h + 1), b(h + 1);
     for (int j = 1; j <= h; ++j) {
-        a[j] = ar.add(x[j], x[p - j]);
-        b[j] = ar.sub(x[j], x[p - j]);
+        const SumDif ab = x.pair(j);
+        a[j] = ab.sum;
+        b[j] = ab.dif;
     }
-    Signal X(p);
+    PairedOutput X(p);
     if (dcOrder == DcOrder::SumThenX0) {
         Cx sum = a[1];
         for (int j = 2; j <= h; ++j)
             sum = ar.add(sum, a[j]);
-        X[0] = ar.add(x[0], sum);
+        X.bin[0] = ar.add(x0, sum);
     } else {
-        X[0] = x[0];
+        X.bin[0] = x0;
         for (int j = 1; j <= h; ++j)
-            X[0] = ar.add(X[0], a[j]);
+            X.bin[0] = ar.add(X.bin[0], a[j]);
     }
-    const Cx wideX0 = ar.widen(x[0]);
+    const Cx wideX0 = ar.widen(x0);
     Signal wideA(h + 1), wideB(h + 1);
     for (int j = 1; j <= h; ++j) {
         wideA[j] = ar.widen(a[j]);
@@ -56,39 +119,46 @@ Signal foldedOdd(ComplexArith& ar, const Signal& x, DcOrder dcOrder)
         for (int j = 2; j <= h; ++j)
             n = ar.add(n, ar.mulReal(wideB[j], Trig{true, j * k, p}));
         const Cx rotated = ar.timesW4(ar.narrow(n));
-        m = ar.narrow(m);
-        X[k] = ar.add(m, rotated);
-        X[p - k] = ar.sub(m, rotated);
+        if (h == 1) // n = sin(2*pi/3) * b alone
+            X.setFactoredPair(k, ar.narrow(m), rotated, ar.timesW4(b[1]), Trig{true, k, p});
+        else
+            X.setPair(k, ar.narrow(m), rotated);
     }
     return X;
 }
 
-Signal road8(ComplexArith& ar, const Signal& x)
+Signal foldedOdd(ComplexArith& ar, const Signal& x, DcOrder dcOrder)
+{
+    return close(ar, foldedOddPairs(ar, binsOf(ar, x), dcOrder));
+}
+
+PairedOutput road8Pairs(ComplexArith& ar, const PairedInput& x)
 {
     const Trig c{false, 1, 8}; // cos(pi/4)
-    const Cx s0 = ar.add(x[0], x[4]), d0 = ar.sub(x[0], x[4]);
-    const Cx s1 = ar.add(x[1], x[5]);
-    const Cx s2 = ar.add(x[2], x[6]), d2 = ar.sub(x[2], x[6]);
-    const Cx s3 = ar.add(x[3], x[7]);
-    const Cx w1 = ar.mulReal(ar.sub(x[1], x[5]), c);
-    const Cx w3 = ar.mulReal(ar.sub(x[3], x[7]), c);
+    const Cx x0 = x.bin(0), x1 = x.bin(1), x3 = x.bin(3), x4 = x.bin(4), x5 = x.bin(5), x7 = x.bin(7);
+    const Cx s0 = ar.add(x0, x4), d0 = ar.sub(x0, x4);
+    const Cx s1 = ar.add(x1, x5);
+    const SumDif sd2 = x.pair(2);
+    const Cx s2 = sd2.sum, d2 = sd2.dif;
+    const Cx s3 = ar.add(x3, x7);
+    const Cx w1 = ar.mulReal(ar.sub(x1, x5), c);
+    const Cx w3 = ar.mulReal(ar.sub(x3, x7), c);
     const Cx e = ar.add(s0, s2), f = ar.sub(s0, s2);
     const Cx g = ar.add(s1, s3), h = ar.sub(s1, s3);
     const Cx p = ar.sub(w1, w3), q = ar.add(w1, w3);
     const Cx A = ar.add(d0, p), B = ar.sub(d0, p);
     const Cx t = ar.add(d2, q), u = ar.sub(q, d2);
     const Cx wh = ar.timesW4(h), wt = ar.timesW4(t), wu = ar.timesW4(u);
-    Signal X(8);
-    X[0] = ar.add(e, g);
-    X[4] = ar.sub(e, g);
-    X[2] = ar.add(f, wh);
-    X[6] = ar.sub(f, wh);
-    X[1] = ar.add(A, wt);
-    X[7] = ar.sub(A, wt);
-    X[3] = ar.add(B, wu);
-    X[5] = ar.sub(B, wu);
+    PairedOutput X(8);
+    X.bin[0] = ar.add(e, g);
+    X.bin[4] = ar.sub(e, g);
+    X.setPair(2, f, wh);
+    X.setPair(1, A, wt);
+    X.setPair(3, B, wu);
     return X;
 }
+
+Signal road8(ComplexArith& ar, const Signal& x) { return close(ar, road8Pairs(ar, binsOf(ar, x))); }
 
 namespace {
 

@@ -249,8 +249,10 @@ std::string printComplexCountsHeader(const std::string& invocation)
         << "// Operations of each complex kernel as generated: vector operations in\n"
         << "// 64fc and in the 32fc vector kernels, scalar operations in the 32fc\n"
         << "// scalar kernels. Products by the scale factor are counted apart.\n"
+        << "// magnitudes: distinct magnitudes of the stored constants, 0 and 1\n"
+        << "// included, the scale factors not.\n"
         << "struct ComplexKernelCounts {\n    const char* type;\n    int size;\n    bool inverse;\n"
-        << "    bool twins;\n    int addSub;\n    int mul;\n    int scaleMul;\n};\n\n"
+        << "    bool twins;\n    int addSub;\n    int mul;\n    int scaleMul;\n    int magnitudes;\n};\n\n"
         << "inline constexpr ComplexKernelCounts kComplexKernelCounts[] = {\n";
     for (ComplexType type : {ComplexType::C32, ComplexType::C64})
         for (int size : complexSizes(type))
@@ -259,7 +261,7 @@ std::string printComplexCountsHeader(const std::string& invocation)
                 const OpCounts c = k.graph.countOps();
                 out << "    {\"" << typeSuffix(type) << "\", " << size << ", "
                     << (d == Direction::Inverse ? "true" : "false") << ", " << (k.twins ? "true" : "false") << ", "
-                    << c.addSub << ", " << c.mul << ", " << c.scaleMul << "},\n";
+                    << c.addSub << ", " << c.mul << ", " << c.scaleMul << ", " << k.graph.storedMagnitudes() << "},\n";
             }
     out << "};\n";
     return out.str();

@@ -42,10 +42,15 @@ const std::map<int, Budget> kBudget32 = {
     {3, {12, 10}}, {5, {32, 26}},
 };
 
-// 64fc sizes whose convolution stages are still the plain form (whole
-// size-(p-1) transforms on both sides of the spectrum product), which costs
-// more additions than the budget allows: issue 5 keeps them open.
-const std::set<int> kConvolutionOverBudget64 = {10, 26, 34, 35, 38, 39, 46, 50, 51, 52, 57, 58, 60, 62};
+// 64fc sizes whose convolution stages do not meet the budget yet: 35 holds
+// the seven-point convolution side by side with the folded codelet.
+const std::set<int> kConvolutionOverBudget64 = {35};
+
+// 64fc sizes whose 13-, 23- and 29-point convolutions keep more partner
+// pairs open than the budget reckons (through every join of the nested 12,
+// 22 and 28, with no halved constants in the inverse stage): they stay
+// below it.
+const std::set<int> kBelowBudget64 = {26, 39, 46, 52, 58};
 
 TEST(ComplexKernelCounts, MatchTheBudgets)
 {
@@ -55,7 +60,10 @@ TEST(ComplexKernelCounts, MatchTheBudgets)
         const auto budget = table.find(k.size);
         if (budget == table.end() || (k.is64() && kConvolutionOverBudget64.count(k.size)))
             continue;
-        if (k.is64()) {
+        if (k.is64() && kBelowBudget64.count(k.size)) {
+            EXPECT_LE(2 * k.counts.addSub, budget->second.additions);
+            EXPECT_LE(2 * k.counts.mul, budget->second.multiplications);
+        } else if (k.is64()) {
             if (budget->second.additions < 0) {
                 EXPECT_EQ(k.counts.mul + k.counts.scaleMul, budget->second.multiplications);
             } else {
@@ -67,6 +75,32 @@ TEST(ComplexKernelCounts, MatchTheBudgets)
             EXPECT_EQ(k.counts.addSub, budget->second.additions);
             EXPECT_EQ(k.counts.mul + k.counts.scaleMul, budget->second.multiplications);
         }
+    }
+}
+
+// Distinct stored magnitudes of the 64fc prime kernels in the convolution
+// form, 0 and 1 included, the scale factors not: the spectrum constants
+// (D[k] and D[m-k] share theirs), those of the nested size-(p-1) transform,
+// and the products of the two where a difference leaves its factor to the
+// constant it meets.
+const std::map<int, int> kMagnitudes64 = {{13, 18}, {17, 21}, {19, 38}, {23, 48}, {29, 36}, {31, 42}, {37, 54},
+                                          {41, 53}, {43, 62}, {47, 122}, {53, 98}, {59, 118}, {61, 78}};
+// Primes that store fewer: their inverse stage takes no halved constants
+// (13, 23 and the primes nesting them), or they fold fewer factors into
+// the spectrum constants (19, 37, 41, 43, 61).
+const std::set<int> kFewerMagnitudes64 = {13, 19, 23, 37, 41, 43, 47, 53, 59, 61};
+
+TEST(ComplexKernelCounts, StoredMagnitudesOfThePrimes)
+{
+    for (const ComplexKernel& k : builtComplexKernels()) {
+        const auto expected = kMagnitudes64.find(k.size);
+        if (!k.is64() || expected == kMagnitudes64.end())
+            continue;
+        SCOPED_TRACE(kernelLabel(k));
+        if (kFewerMagnitudes64.count(k.size))
+            EXPECT_LE(k.counts.magnitudes, expected->second);
+        else
+            EXPECT_EQ(k.counts.magnitudes, expected->second);
     }
 }
 

@@ -1,0 +1,38 @@
+// The stages around the spectrum product of a 64fc convolution form work on
+// partner pairs: the forward transform leaves the last butterfly of a pair
+// (k, m-k) undone, the products combine its half-sum and half-difference
+// with the doubled spectrum constants into P[k] + P[m-k] and P[k] - P[m-k],
+// and the inverse stage takes these as its first butterfly. A join passes
+// pairs through both of its stages (see pairs.cpp).
+#pragma once
+
+#include "methods.h"
+
+namespace kernelgen {
+
+// A transform and its two forms beside a spectrum product. `keepsAllPairs`:
+// the forward form leaves every partner pair open; `takesAllPairs`: the
+// inverse form asks for every partner pair as a sum and difference.
+struct Method {
+    Transform plain;
+    std::function<PairedOutput(ComplexArith&, const Signal&)> pairedOut;
+    std::function<Signal(ComplexArith&, const PairedInput&)> pairedIn;
+    bool keepsAllPairs = false;
+    bool takesAllPairs = false;
+    Signal operator()(ComplexArith& ar, const Signal& x) const { return plain(ar, x); }
+};
+
+// A codelet given as one function from paired inputs to paired outputs.
+Method codeletMethod(std::function<PairedOutput(ComplexArith&, const PairedInput&)> core, bool takesAllPairs);
+// A transform without pair forms: bins in, bins out.
+Method plainMethod(Transform plain);
+// A join of two stages (coprime or twiddled map) with pairs through both.
+Method joinMethod(const JoinMap& map, const Method& first, const Method& second);
+
+// The 64fc convolution form of a prime p over the size-(p-1) transform
+// `inner` (see convolution in methods.h): pairs that the forward transform
+// leaves open are multiplied in pair form with the constants 2 Re D[k] and
+// 2 Im D[k]; the others, and bins 0 and m/2, by D[k] itself.
+Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner);
+
+} // namespace kernelgen
