@@ -101,8 +101,14 @@ std::string printConstants(const std::vector<const Graph*>& graphs)
 {
     std::ostringstream out;
     std::set<std::string> printed;
-    for (const Graph* g : graphs)
-        for (const ConstantDef& c : g->constants()) {
+    for (const Graph* g : graphs) {
+        // Constants whose products fell away (a zero, a folded factor) are
+        // not printed.
+        const std::vector<bool> live = g->liveNodes();
+        for (size_t i = 0; i < g->nodes().size(); ++i) {
+            if (!live[i] || g->nodes()[i].op != Op::Constant)
+                continue;
+            const ConstantDef& c = g->constants()[g->nodes()[i].constant];
             if (!printed.insert(c.name).second)
                 continue;
             if (!isVector(c.kind)) {
@@ -126,6 +132,7 @@ std::string printConstants(const std::vector<const Graph*>& graphs)
             }
             out << "\n";
         }
+    }
     return out.str();
 }
 
