@@ -110,7 +110,9 @@ JoinMap interleavedPowerMap(int p, int q);
 // primitive root: u[q] = x[g^q], U = the size-m transform `inner` of u,
 // U[k] times the spectrum constant D[k] (x[0] added to bin 0), the inverse
 // size-m transform (`inner` with the signs changed) y, X[g^-r] = y[r], and
-// X[0] = x[0] + U[0] from the bin 0 before the product.
+// X[0] = x[0] + U[0] from the bin 0 before the product. This plain form,
+// a complex product per bin, is 32fc's; 64fc takes the pair form of
+// pairs.h.
 int primitiveRoot(int p);
 int powMod(int base, int exponent, int p);
 // D[k] = (1/m) * sum_t W^(g^t) * exp(+2*pi*i*t*k/m) for the direction of

@@ -45,10 +45,10 @@ std::pair<Cx, Cx> rotatePair(ComplexArith& ar, Cx a, const Diff& b, int den, int
     const Trig c{false, r, den}, s{true, r, den};
     if ((8 * r) % den == 0) {
         // |c| = |s| = cos(pi/4): one sum, then one product.
-        const auto signed_ = [](Cx v, const Trig& t) { return t.value() < 0 ? ComplexArith::neg(v) : v; };
+        const auto withSignOf = [](Cx v, const Trig& t) { return t.value() < 0 ? ComplexArith::neg(v) : v; };
         const Trig quarter{false, 1, 8};
-        return {ar.mulReal(ar.add(signed_(a, c), signed_(ar.timesW4(b.value), s)), quarter),
-                ar.mulReal(ar.add(signed_(b.value, c), signed_(ar.timesW4(a), s)), quarter)};
+        return {ar.mulReal(ar.add(withSignOf(a, c), withSignOf(ar.timesW4(b.value), s)), quarter),
+                ar.mulReal(ar.add(withSignOf(b.value, c), withSignOf(ar.timesW4(a), s)), quarter)};
     }
     const bool folded = b.factor.den != 0;
     const Cx sb = folded ? mulFolded(ar, b.base, s, b.factor) : ar.mulReal(b.value, s);
