@@ -109,7 +109,10 @@ const std::map<int, Road64>& roads64()
         r[29] = {"convolution over 28", c64};
         r[31] = {"convolution over 30", c64};
         r[34] = {"2 then 17 (convolution), coprime join", coprime(2, d2, 17, c64)};
-        r[35] = {"5 (convolution over 4) then 7, coprime join", coprime(5, c64, 7, f)};
+        // 7 takes both forms side by side: the convolution form in row 0 of
+        // the seven-point stage, the folded codelet in the other four.
+        r[35] = {"5 (convolution over 4) then 7 (convolution over 6 in row 0, folded elsewhere), coprime join",
+                 coprime(5, c64, 7, Stage(1, c64, f))};
         r[37] = {"convolution over 36", c64};
         r[38] = {"2 then 19 (convolution), coprime join", coprime(2, d2, 19, c64)};
         r[39] = {"13 (convolution) then 3, coprime join", coprime(13, c64, 3, f)};
