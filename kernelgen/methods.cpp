@@ -223,15 +223,22 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im)
 
 std::string spectrumName(int p, int k) { return "kD" + std::to_string(p) + "Bin" + std::to_string(k); }
 
+Signal rootOrder(const Signal& x)
+{
+    const int p = static_cast<int>(x.size());
+    const int g = primitiveRoot(p);
+    Signal u(p - 1);
+    for (int q = 0; q < p - 1; ++q)
+        u[q] = x[powMod(g, q, p)];
+    return u;
+}
+
 Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const int g = primitiveRoot(p);
-    Signal u(m);
-    for (int q = 0; q < m; ++q)
-        u[q] = x[powMod(g, q, p)];
-    Signal U = inner(ar, u);
+    Signal U = inner(ar, rootOrder(x));
     Signal X(p);
     X[0] = ar.add(x[0], U[0]);
     for (int k = 0; k < m; ++k) {

@@ -119,6 +119,8 @@ int powMod(int base, int exponent, int p);
 // `sign` (-1 forward: W = exp(-2*pi*i/p)); D[0] = -1/m exactly.
 void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
 std::string spectrumName(int p, int k);
+// u[q] = x[g^q mod p], q = 0..p-2: the inputs in the order of the powers of g.
+Signal rootOrder(const Signal& x);
 Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
 
 // The transforms of one stage of a join, by group (i2 in the first stage,

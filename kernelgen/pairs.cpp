@@ -424,10 +424,7 @@ Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner)
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const int g = primitiveRoot(p);
-    Signal u(m);
-    for (int q = 0; q < m; ++q)
-        u[q] = x[powMod(g, q, p)];
-    const PairedOutput U = inner.pairedOut(ar, u);
+    const PairedOutput U = inner.pairedOut(ar, rootOrder(x));
     const Signal closedU = close(ar, U); // left unused where the pairs stay open
     Signal X(p);
     X[0] = ar.add(x[0], U.bin[0]);
