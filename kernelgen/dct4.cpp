@@ -366,22 +366,13 @@ std::string printBody(const Graph& g, const char* in, const char* out)
     }
     for (const int i : emissionOrder(g)) {
         const Node& n = g.nodes()[i];
-        const bool vec = isVector(n.kind);
         const std::string a = n.a >= 0 ? "v" + std::to_string(n.a) : "";
         const std::string b = n.b >= 0 ? "v" + std::to_string(n.b) : "";
         std::string expr;
         switch (n.op) {
         case Op::Load: expr = std::string(in) + "[" + std::to_string(n.offset) + "]"; break;
         case Op::Store: body << "    " << out << "[" << n.offset << "] = " << a << ";\n"; continue;
-        case Op::Constant:
-            expr = vec ? "load(" + g.constants()[n.constant].name + ")" : g.constants()[n.constant].name;
-            break;
-        case Op::Add: expr = vec ? "add(" + a + ", " + b + ")" : a + " + " + b; break;
-        case Op::Sub: expr = vec ? "sub(" + a + ", " + b + ")" : a + " - " + b; break;
-        case Op::Mul: expr = vec ? "mul(" + a + ", " + b + ")" : a + " * " + b; break;
-        case Op::Xor: expr = "bitXor(" + a + ", " + b + ")"; break;
-        case Op::Neg: expr = "-" + a; break;
-        default: throw std::logic_error("operation outside the DCT-IV pieces");
+        default: expr = arithmeticExpr(g, n, a, b); break;
         }
         body << "    const " << cppType(n.kind) << " v" << i << " = " << expr << ";\n";
     }

@@ -14,6 +14,9 @@ namespace kernelgen {
 const char* cppType(Kind kind);
 std::string literal(Kind kind, Exact value);
 std::string header(const std::string& invocation);
+// The expression of an arithmetic node (constant, add, sub, mul, xor, neg,
+// shuffle, widen, narrow) over the operand names a and b.
+std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, const std::string& b);
 
 // Forward and inverse kernels of one size and type, with their exported
 // entry points.
