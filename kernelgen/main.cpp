@@ -6,16 +6,19 @@
 //   kernelgen dct4-pieces <out.h>
 //   kernelgen dct4-direct <out.cpp>
 //
-// Output is deterministic; a file whose content would not change is left
-// untouched so that the build does not recompile it.
-#include <cstdio>
+// The driver asks a family table for the kernels of a command and hands
+// them to a file writer. Output is deterministic; a file whose content
+// would not change is left untouched so that the build does not recompile
+// it.
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
-#include "dct4.h"
-#include "print_cpp.h"
+#include "emit/files.h"
+#include "families/dct4.h"
+#include "families/dft_complex.h"
 
 namespace {
 
@@ -55,25 +58,25 @@ int main(int argc, char** argv)
             const std::string type = argv[2];
             if (type != "32fc" && type != "64fc")
                 return usage();
-            const std::string invocation = "dft-complex " + type + " " + argv[3];
-            writeIfChanged(argv[4], printComplexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64,
-                                                         std::stoi(argv[3]), invocation));
+            const FramedKernelFile file =
+                complexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64, std::stoi(argv[3]));
+            writeIfChanged(argv[4], printFramedKernelFile(file, command + " " + type + " " + argv[3]));
             return 0;
         }
         if (command == "dft-complex-dispatch" && argc == 3) {
-            writeIfChanged(argv[2], printComplexDispatchFile(command));
+            writeIfChanged(argv[2], printDispatchers(complexDispatchers(), command));
             return 0;
         }
         if (command == "dft-complex-counts" && argc == 3) {
-            writeIfChanged(argv[2], printComplexCountsHeader(command));
+            writeIfChanged(argv[2], printCountsHeader(complexCounts(), command));
             return 0;
         }
         if (command == "dct4-pieces" && argc == 3) {
-            writeIfChanged(argv[2], printDct4PiecesHeader(command));
+            writeIfChanged(argv[2], printPieceFile(dct4Pieces(), command));
             return 0;
         }
         if (command == "dct4-direct" && argc == 3) {
-            writeIfChanged(argv[2], printDct4DirectFile(command));
+            writeIfChanged(argv[2], printPieceFile(dct4Direct(), command));
             return 0;
         }
         return usage();

@@ -1,9 +1,12 @@
-#include "pairs.h"
+#include "methods/pairs.h"
 
 #include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <tuple>
+
+#include "arith/signs.h"
+#include "methods/convolution.h"
 
 namespace kernelgen {
 
@@ -33,17 +36,17 @@ struct Diff {
 // and spares forming a + b and a - b; a factor of b goes into c and s.
 std::pair<Cx, Cx> rotatePair(ComplexArith& ar, Cx a, const Diff& b, int den, int e)
 {
-    const int r = mod(e, den);
-    if (r == 0)
-        return {a, b.value};
-    if (2 * r == den)
-        return {ComplexArith::neg(a), ComplexArith::neg(b.value)};
-    if (4 * r == den)
-        return {ar.timesW4(b.value), ar.timesW4(a)};
-    if (4 * r == 3 * den)
-        return {ComplexArith::neg(ar.timesW4(b.value)), ComplexArith::neg(ar.timesW4(a))};
+    const Rotation rotation = classifyRotation(den, e);
+    const int r = rotation.r;
+    switch (rotation.form) {
+    case RotationForm::Identity: return {a, b.value};
+    case RotationForm::Negate: return {ComplexArith::neg(a), ComplexArith::neg(b.value)};
+    case RotationForm::TimesI: return {ar.timesW4(b.value), ar.timesW4(a)};
+    case RotationForm::TimesMinusI: return {ComplexArith::neg(ar.timesW4(b.value)), ComplexArith::neg(ar.timesW4(a))};
+    default: break;
+    }
     const Trig c{false, r, den}, s{true, r, den};
-    if ((8 * r) % den == 0) {
+    if (rotation.form == RotationForm::OddEighth) {
         // |c| = |s| = cos(pi/4): one sum, then one product.
         const auto withSignOf = [](Cx v, const Trig& t) { return t.value() < 0 ? ComplexArith::neg(v) : v; };
         const Trig quarter{false, 1, 8};

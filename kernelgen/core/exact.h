@@ -16,7 +16,6 @@ using Exact = __float128;
 Exact cosTurn(long num, long den);
 Exact sinTurn(long num, long den);
 
-// Exact square root and reciprocal helpers.
 Exact sqrtExact(Exact x);
 
 // Correct rounding to the element types.
@@ -26,10 +25,6 @@ inline float roundToFloat(Exact x) { return static_cast<float>(x); }
 // Exact hexadecimal literals (C++17 hex floats).
 std::string hexLiteral(double x);
 std::string hexLiteral(float x);
-
-} // namespace kernelgen
-
-namespace kernelgen {
 
 // Name of the magnitude of cos or sin of 2*pi*num/den, by its first-octant
 // form: |sin(2*pi*2/5)| is cos(pi/10) and is called kCosPiOver10, so that

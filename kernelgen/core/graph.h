@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "exact.h"
+#include "core/exact.h"
 
 namespace kernelgen {
 
@@ -33,7 +33,7 @@ enum class Op {
     Mul,
     Xor,       // sign flips of vector lanes by a mask constant
     Neg,       // sign flip of a scalar
-    Shuffle,   // a named lane pattern of the vector layer
+    Shuffle,   // a lane pattern of the vector layer (Shuffle below)
     Widen,     // binary32 -> binary64, exact
     Narrow,    // binary64 -> binary32, one rounding
 };
@@ -43,6 +43,20 @@ enum class Op {
 inline bool isLoad(Op op) { return op == Op::Load || op == Op::LoadPair; }
 inline bool isStore(Op op) { return op == Op::Store || op == Op::StoreLowPair || op == Op::StoreHighPair; }
 
+// The lane patterns of the vector layer that the kernels use.
+enum class Shuffle {
+    None,
+    SwapLanes,      // (a1, a0) of two binary64 lanes
+    UnpackLo,       // (a0, b0, a1, b1)
+    UnpackHi,       // (a2, b2, a3, b3)
+    MoveLowHalves,  // (a0, a1, b0, b1)
+    MoveHighHalves, // (a2, a3, b2, b3)
+    EvenLanes,      // (a0, a2, b0, b2): real parts of two complex pairs each
+    OddLanes,       // (a1, a3, b1, b3): imaginary parts
+    EvenLanesLow,   // (a0, a2, b0, b0): real parts of one pair, the rest from b
+    OddLanesLow,    // (a1, a3, b0, b0)
+};
+
 struct Node {
     Node(Op op, Kind kind, int a = -1, int b = -1) : op(op), kind(kind), a(a), b(b) {}
     Op op;
@@ -51,7 +65,7 @@ struct Node {
     int b;
     int offset = 0;       // Load / Store
     int constant = -1;    // Constant
-    std::string pattern;  // Shuffle: the vector-layer call, e.g. "unpackLo"
+    Shuffle pattern = Shuffle::None;
 };
 
 struct ConstantDef {
@@ -62,11 +76,18 @@ struct ConstantDef {
 };
 
 // Operation counts of a kernel. Vector operations count once each, whatever
-// the lane count; products by the scale factor are counted apart.
+// the lane count; products by the scale factor are counted apart. Loads and
+// stores count whole and half-vector moves of the arrays; constants, the
+// distinct constants read.
 struct OpCounts {
     int addSub = 0;
     int mul = 0;
     int scaleMul = 0;
+    int shuffles = 0;
+    int signFlips = 0;
+    int loads = 0;
+    int stores = 0;
+    int constants = 0;
 };
 
 class Graph {
@@ -77,6 +98,8 @@ public:
     void store(Value v, int offset);
     Value loadPair(int offset);
     void storePair(Value v, bool highLanes, int offset);
+    // A name stands for one value: asking for a known name with another
+    // kind or other lanes is an error.
     Value constant(const std::string& name, Kind kind, std::vector<Exact> lanes);
     Value signMask(const std::string& name, Kind kind, std::vector<bool> negativeLanes);
     Value scaleArg(Kind kind);
@@ -85,7 +108,7 @@ public:
     Value mul(Value a, Value b) { return binary(Op::Mul, a, b); }
     Value bitXor(Value a, Value b) { return binary(Op::Xor, a, b); }
     Value neg(Value a);
-    Value shuffle(const std::string& pattern, Value a, Value b = -1);
+    Value shuffle(Shuffle pattern, Value a, Value b = -1);
     Value widen(Value a);
     Value narrow(Value a);
 

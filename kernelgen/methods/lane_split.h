@@ -3,7 +3,8 @@
 // parts in separate vectors.
 #pragma once
 
-#include "methods.h"
+#include "arith/split_arith.h"
+#include "methods/joins.h"
 
 namespace kernelgen {
 

@@ -3,9 +3,12 @@
 // arithmetic decides what a complex sum or product becomes:
 //
 //   PairArith     64fc: one complex number per two-lane binary64 vector
+//                 (pair_arith.h)
 //   SplitArith    32fc: real and imaginary parts in separate values, either
 //                 four-lane vectors holding four independent butterflies or
-//                 scalars (sizes 2 to 5, with the double rule)
+//                 scalars (sizes 2 to 5, with the double rule) (split_arith.h)
+//   LaneArith     DCT-IV pieces: parts apart in values of any kind, with
+//                 the positive exponent throughout (lane_arith.h)
 //
 // The direction lives here too: builders speak of W_n^e and of W4, and the
 // arithmetic turns them into exp(-2*pi*i*e/n) forward, exp(+...) inverse.
@@ -14,8 +17,10 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "graph.h"
+#include "core/graph.h"
+#include "core/rounding.h"
 
 namespace kernelgen {
 
@@ -31,6 +36,9 @@ struct Cx {
     bool negIm = false;
 };
 
+// A signal of complex values: a transform's input or output.
+using Signal = std::vector<Cx>;
+
 // A real constant of the form cos(2*pi*num/den) or sin(2*pi*num/den).
 struct Trig {
     bool sine;
@@ -41,7 +49,10 @@ struct Trig {
 
 class ComplexArith {
 public:
-    ComplexArith(Graph& graph, Direction direction) : graph_(graph), direction_(direction) {}
+    ComplexArith(Graph& graph, Direction direction, RoundingPolicy rounding = RoundingPolicy::elementType())
+        : graph_(graph), direction_(direction), rounding_(rounding)
+    {
+    }
     virtual ~ComplexArith() = default;
 
     Graph& graph() { return graph_; }
@@ -75,10 +86,11 @@ public:
     // The same arithmetic on the same graph with the opposite direction
     // (the inverse stage of a convolution form); DFT kernels only.
     virtual std::unique_ptr<ComplexArith> reversed() const;
-    // The double rule of the scalar binary32 codelets: sums of products
-    // with constants are formed in binary64 between widen and narrow.
-    virtual Cx widen(Cx a) { return a; }
-    virtual Cx narrow(Cx a) { return a; }
+    // A sum of products with constants starts from values given to
+    // enterSum and ends with leaveSum, which the rounding policy turns into
+    // the type changes it asks for (none by default).
+    Cx enterSum(Cx a);
+    Cx leaveSum(Cx a);
 
     // Sign of the exponent: -1 forward, +1 inverse.
     int exponentSign() const { return direction_ == Direction::Forward ? -1 : 1; }
@@ -86,62 +98,7 @@ public:
 protected:
     Graph& graph_;
     Direction direction_;
-};
-
-class PairArith : public ComplexArith {
-public:
-    using ComplexArith::ComplexArith;
-    Cx load(int element);
-    void storeScaled(Cx x, int element, Graph::Value scale);
-    Cx add(Cx a, Cx b) override;
-    Cx mulReal(Cx a, Trig c) override;
-    Cx timesW4(Cx a) override;
-    Cx rotate(Cx a, int n, int e) override;
-    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
-    Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName) override;
-    Cx zero() override;
-    bool isZero(Cx a) const { return graph_.isZero(a.re); }
-    std::unique_ptr<ComplexArith> reversed() const override;
-
-private:
-    Graph::Value materialize(Cx a);
-    Cx timesI(Cx a); // by +i in either direction
-};
-
-class SplitArith : public ComplexArith {
-public:
-    // kind: V4F32 (lanes) or F32 (scalar). doubleRule: widen/narrow are real.
-    SplitArith(Graph& graph, Direction direction, Kind kind, bool doubleRule = false)
-        : ComplexArith(graph, direction), kind_(kind), doubleRule_(doubleRule)
-    {
-    }
-    Cx add(Cx a, Cx b) override;
-    Cx mulReal(Cx a, Trig c) override;
-    Cx timesW4(Cx a) override;
-    Cx rotate(Cx a, int n, int e) override;
-    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
-    std::unique_ptr<ComplexArith> reversed() const override;
-    Cx widen(Cx a) override;
-    Cx narrow(Cx a) override;
-
-    // Full complex product with a different twiddle W_n^e in each lane:
-    // re = a*yr - b*yi, im = b*yr + a*yi, every product rounded first.
-    Cx rotateLanes(Cx y, int n, std::array<int, 4> exponents, const std::string& name);
-    // The same with any constants a + i*b, one per lane; the imaginary parts
-    // are stored under a name of their direction.
-    Cx mulLanes(Cx y, const std::array<Exact, 4>& a, const std::array<Exact, 4>& b, const std::string& name);
-    // Both parts with their pending signs applied.
-    Cx materialize(Cx a);
-    // A value known to be zero in every lane (a pruned input): sums with it
-    // and products of it fold away, so the zero tail of a chirp transform
-    // is never added.
-    bool isZero(Cx a) const { return graph_.isZero(a.re) && graph_.isZero(a.im); }
-
-private:
-    Graph::Value part(Graph::Value v, bool negative);
-    Graph::Value combine(Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut);
-    Kind kind_;
-    bool doubleRule_;
+    RoundingPolicy rounding_;
 };
 
 } // namespace kernelgen

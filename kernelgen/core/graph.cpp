@@ -1,5 +1,6 @@
-#include "graph.h"
+#include "core/graph.h"
 
+#include <cmath>
 #include <set>
 #include <stdexcept>
 
@@ -16,6 +17,26 @@ int laneCount(Kind kind)
 
 bool isVector(Kind kind) { return laneCount(kind) > 1; }
 bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32; }
+
+namespace {
+
+// Whether two sets of lanes are stored as the same numbers of `kind` (the
+// binary128 values of one constant reached by two routes may differ below
+// the last stored bit).
+bool sameStoredValues(Kind kind, const std::vector<Exact>& a, const std::vector<Exact>& b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (size_t l = 0; l < a.size(); ++l) {
+        const bool same = isSingle(kind) ? roundToFloat(a[l]) == roundToFloat(b[l])
+                                         : roundToDouble(a[l]) == roundToDouble(b[l]);
+        if (!same || std::signbit(static_cast<double>(a[l])) != std::signbit(static_cast<double>(b[l])))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
 
 Graph::Value Graph::push(Node node)
 {
@@ -61,9 +82,16 @@ void Graph::storePair(Value v, bool highLanes, int offset)
 Graph::Value Graph::constant(const std::string& name, Kind kind, std::vector<Exact> lanes)
 {
     // One node per constant, so that each is loaded once.
-    for (size_t i = 0; i < nodes_.size(); ++i)
-        if (nodes_[i].op == Op::Constant && constants_[nodes_[i].constant].name == name)
-            return static_cast<Value>(i);
+    for (size_t i = 0; i < nodes_.size(); ++i) {
+        if (nodes_[i].op != Op::Constant)
+            continue;
+        const ConstantDef& known = constants_[nodes_[i].constant];
+        if (known.name != name)
+            continue;
+        if (known.kind != kind || !sameStoredValues(kind, known.lanes, lanes))
+            throw std::logic_error("constant " + name + " reused for another value");
+        return static_cast<Value>(i);
+    }
     constants_.push_back({name, kind, std::move(lanes)});
     const int index = static_cast<int>(constants_.size() - 1);
     Node node{Op::Constant, kind};
@@ -94,7 +122,7 @@ bool Graph::isZero(Value v) const
 
 Graph::Value Graph::scaleArg(Kind kind) { return push(Node{Op::ScaleArg, kind}); }
 
-Graph::Value Graph::shuffle(const std::string& pattern, Value a, Value b)
+Graph::Value Graph::shuffle(Shuffle pattern, Value a, Value b)
 {
     Node node{Op::Shuffle, nodes_[a].kind, a, b};
     node.pattern = pattern;
@@ -130,12 +158,19 @@ OpCounts Graph::countOps() const
         if (!live[i])
             continue;
         const Node& node = nodes_[i];
-        if (node.op == Op::Add || node.op == Op::Sub)
-            ++counts.addSub;
-        else if (node.op == Op::Mul && nodes_[node.b].op == Op::ScaleArg)
-            ++counts.scaleMul;
-        else if (node.op == Op::Mul)
-            ++counts.mul;
+        switch (node.op) {
+        case Op::Add:
+        case Op::Sub: ++counts.addSub; break;
+        case Op::Mul: ++(nodes_[node.b].op == Op::ScaleArg ? counts.scaleMul : counts.mul); break;
+        case Op::Shuffle: ++counts.shuffles; break;
+        case Op::Xor:
+        case Op::Neg: ++counts.signFlips; break;
+        case Op::Constant: ++counts.constants; break;
+        default:
+            counts.loads += isLoad(node.op);
+            counts.stores += isStore(node.op);
+            break;
+        }
     }
     return counts;
 }

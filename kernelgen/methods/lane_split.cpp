@@ -1,119 +1,16 @@
-#include "lanes32.h"
+#include "methods/lane_split.h"
 
 #include <algorithm>
 #include <functional>
 #include <stdexcept>
 #include <string>
 
+#include "layout/lanes32.h"
+#include "methods/convolution.h"
+
 namespace kernelgen {
 
 namespace {
-
-// Four consecutive complex elements from src: two loads, then the real and
-// imaginary parts apart.
-Cx loadQuad(Graph& g, int element)
-{
-    const Graph::Value lo = g.load(Kind::V4F32, 2 * element);
-    const Graph::Value hi = g.load(Kind::V4F32, 2 * element + 4);
-    return Cx{g.shuffle("shuffle<0, 2, 0, 2>", lo, hi), g.shuffle("shuffle<1, 3, 1, 3>", lo, hi)};
-}
-
-// Two consecutive elements in lanes 0 and 1, zeros in lanes 2 and 3.
-Cx loadPair(Graph& g, int element)
-{
-    const Graph::Value v = g.load(Kind::V4F32, 2 * element);
-    const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
-    return Cx{g.shuffle("shuffle<0, 2, 0, 0>", v, zero), g.shuffle("shuffle<1, 3, 0, 0>", v, zero)};
-}
-
-// Elements for the four lanes (-1: idle lane, zero): whole vectors where
-// they are consecutive from an even element, else one 64-bit move each.
-Cx gather(Graph& g, std::array<int, 4> elements)
-{
-    if (elements[0] < 0 && elements[1] < 0 && elements[2] < 0 && elements[3] < 0) {
-        const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
-        return Cx{zero, zero};
-    }
-    const bool evenStart = elements[0] >= 0 && elements[0] % 2 == 0;
-    const bool pair = evenStart && elements[1] == elements[0] + 1;
-    if (pair && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
-        return loadQuad(g, elements[0]);
-    if (pair && elements[2] < 0 && elements[3] < 0)
-        return loadPair(g, elements[0]);
-    const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
-    std::array<Graph::Value, 4> v;
-    for (int l = 0; l < 4; ++l)
-        v[l] = elements[l] >= 0 ? g.loadPair(2 * elements[l]) : zero;
-    // (re0, re1, im0, im1) and (re2, re3, im2, im3)
-    const Graph::Value low = g.shuffle("unpackLo", v[0], v[1]);
-    const Graph::Value high = elements[2] < 0 && elements[3] < 0 ? zero : g.shuffle("unpackLo", v[2], v[3]);
-    return Cx{g.shuffle("moveLowHalves", low, high), g.shuffle("moveHighHalves", low, high)};
-}
-
-void scatterScaled(SplitArith& ar, Cx x, std::array<int, 4> elements, Graph::Value scale)
-{
-    Graph& g = ar.graph();
-    x = ar.materialize(x);
-    const Graph::Value re = g.mul(x.re, scale);
-    const Graph::Value im = g.mul(x.im, scale);
-    const bool whole = elements[0] % 2 == 0 && elements[1] == elements[0] + 1 && elements[2] == elements[0] + 2 &&
-                       elements[3] == elements[0] + 3;
-    const Graph::Value low = g.shuffle("unpackLo", re, im);
-    if (whole) {
-        g.store(low, 2 * elements[0]);
-        g.store(g.shuffle("unpackHi", re, im), 2 * elements[0] + 4);
-        return;
-    }
-    // (re0, im0, re1, im1) and (re2, im2, re3, im3), one element per half.
-    if (elements[0] >= 0)
-        g.storePair(low, false, 2 * elements[0]);
-    if (elements[1] >= 0)
-        g.storePair(low, true, 2 * elements[1]);
-    if (elements[2] < 0 && elements[3] < 0)
-        return;
-    const Graph::Value high = g.shuffle("unpackHi", re, im);
-    if (elements[2] >= 0)
-        g.storePair(high, false, 2 * elements[2]);
-    if (elements[3] >= 0)
-        g.storePair(high, true, 2 * elements[3]);
-}
-
-std::array<Graph::Value, 4> transpose(Graph& g, std::array<Graph::Value, 4> r)
-{
-    const Graph::Value t0 = g.shuffle("unpackLo", r[0], r[1]);
-    const Graph::Value t1 = g.shuffle("unpackLo", r[2], r[3]);
-    const Graph::Value t2 = g.shuffle("unpackHi", r[0], r[1]);
-    const Graph::Value t3 = g.shuffle("unpackHi", r[2], r[3]);
-    return {g.shuffle("moveLowHalves", t0, t1), g.shuffle("moveHighHalves", t0, t1),
-            g.shuffle("moveLowHalves", t2, t3), g.shuffle("moveHighHalves", t2, t3)};
-}
-
-int inLane(int index, int count) { return index < count ? index : -1; }
-
-// in[set][j], j < count: vectors whose lanes hold the other index 4*set+l.
-// Returns out[block][i]: vectors for the other index i, lanes j = 4*block+l.
-std::vector<Signal> transposeSets(SplitArith& ar, const std::vector<Signal>& in, int count)
-{
-    Graph& g = ar.graph();
-    const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
-    const int sets = static_cast<int>(in.size());
-    const int blocks = (count + 3) / 4;
-    std::vector<Signal> out(blocks, Signal(4 * sets));
-    for (int set = 0; set < sets; ++set)
-        for (int block = 0; block < blocks; ++block) {
-            std::array<Graph::Value, 4> re, im;
-            for (int l = 0; l < 4; ++l) {
-                const Cx y = inLane(4 * block + l, count) < 0 ? Cx{zero, zero} : ar.materialize(in[set][4 * block + l]);
-                re[l] = y.re;
-                im[l] = y.im;
-            }
-            const auto reT = transpose(g, re);
-            const auto imT = transpose(g, im);
-            for (int l = 0; l < 4; ++l)
-                out[block][4 * set + l] = Cx{reT[l], imT[l]};
-        }
-    return out;
-}
 
 // The join's twiddles on rows[block][i2], whose lanes hold k1 = 4*block+l.
 void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, const std::string& prefix)

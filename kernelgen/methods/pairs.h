@@ -6,7 +6,7 @@
 // pairs through both of its stages (see pairs.cpp).
 #pragma once
 
-#include "methods.h"
+#include "methods/joins.h"
 
 namespace kernelgen {
 

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "graph.h"
+#include "core/graph.h"
 
 namespace kernelgen {
 

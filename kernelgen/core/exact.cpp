@@ -1,4 +1,4 @@
-#include "exact.h"
+#include "core/exact.h"
 
 #include <cstdio>
 #include <quadmath.h>

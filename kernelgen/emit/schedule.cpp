@@ -1,4 +1,4 @@
-#include "schedule.h"
+#include "emit/schedule.h"
 
 #include <algorithm>
 #include <tuple>

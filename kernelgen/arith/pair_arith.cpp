@@ -1,0 +1,131 @@
+#include "arith/pair_arith.h"
+
+#include <string>
+
+#include "arith/signs.h"
+
+namespace kernelgen {
+
+Cx PairArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }
+
+void PairArith::storeScaled(Cx x, int element, Graph::Value scale)
+{
+    graph_.store(graph_.mul(materialize(x), scale), 2 * element);
+}
+
+Graph::Value PairArith::materialize(Cx a)
+{
+    if (!a.negRe && !a.negIm)
+        return a.re;
+    const char* name = a.negRe && a.negIm ? "kNegateBoth" : a.negRe ? "kNegateLow" : "kNegateHigh";
+    return graph_.bitXor(a.re, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
+}
+
+Cx PairArith::zero() { return Cx{graph_.constant("kZero", Kind::V2F64, {0, 0})}; }
+
+Cx PairArith::add(Cx a, Cx b)
+{
+    if (isZero(a))
+        return b;
+    if (isZero(b))
+        return a;
+    if (a.negRe != a.negIm)
+        a = Cx{materialize(a)};
+    if (b.negRe != b.negIm)
+        b = Cx{materialize(b)};
+    bool neg = false;
+    const Graph::Value v = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, neg);
+    return Cx{v, -1, neg, neg};
+}
+
+Cx PairArith::mulReal(Cx a, Trig c)
+{
+    if (isZero(a))
+        return a;
+    const Exact value = c.value();
+    const Exact m = magnitude(value);
+    const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), Kind::V2F64, {m, m});
+    Cx r{graph_.mul(a.re, k), -1, a.negRe, a.negIm};
+    if (value < 0)
+        r = neg(r);
+    return r;
+}
+
+// (re, im) * i = (-im, re): swap the lanes, flip the new low lane.
+Cx PairArith::timesI(Cx a)
+{
+    const bool whole = a.negRe && a.negIm;
+    const Graph::Value v = whole ? a.re : materialize(a);
+    const Graph::Value swapped = graph_.shuffle(Shuffle::SwapLanes, v);
+    return Cx{graph_.bitXor(swapped, graph_.signMask("kNegateLow", Kind::V2F64, {true, false})), -1, whole, whole};
+}
+
+Cx PairArith::timesW4(Cx a)
+{
+    if (isZero(a))
+        return a;
+    return direction_ == Direction::Forward ? neg(timesI(a)) : timesI(a);
+}
+
+Cx PairArith::rotate(Cx a, int n, int e)
+{
+    const Rotation rotation = classifyRotation(n, exponentSign() * e);
+    const int r = rotation.r;
+    switch (rotation.form) {
+    case RotationForm::Identity: return a;
+    case RotationForm::Negate: return neg(a);
+    case RotationForm::TimesI: return timesI(a);
+    case RotationForm::TimesMinusI: return neg(timesI(a));
+    default: break;
+    }
+    const Exact c = cosTurn(r, n);
+    const Exact s = sinTurn(r, n);
+    if (rotation.form == RotationForm::OddEighth) {
+        // W = |c| * (+-1 +- i): one sum of a and i*a, then one product.
+        Cx t = add(c < 0 ? neg(a) : a, s < 0 ? neg(timesI(a)) : timesI(a));
+        return mulReal(t, Trig{false, 1, 8});
+    }
+    // a * (c + i*s) = |c|*a*sign(c) + swap(a) * (-s, s)
+    const Cx p = mulReal(a, Trig{false, r, n});
+    const std::string sinName = trigMagnitudeName(true, r, n) + (s > 0 ? "NegPos" : "PosNeg");
+    const Graph::Value pattern = graph_.constant(sinName, Kind::V2F64, {-s, s});
+    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern)};
+    return add(p, q);
+}
+
+Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+{
+    return mulPair(a, re, name + "Re", a, im, name + "Im");
+}
+
+Cx PairArith::mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName)
+{
+    if (isZero(a))
+        re = 0;
+    if (isZero(b))
+        im = 0;
+    if (re == 0 && im == 0)
+        return zero();
+    Cx p;
+    if (re != 0) {
+        const Exact m = magnitude(re);
+        p = Cx{graph_.mul(a.re, graph_.constant(reName, Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
+        if (re < 0)
+            p = neg(p);
+    }
+    if (im == 0)
+        return p;
+    // swap(b) * (-im, im) = i*im*b
+    const Graph::Value pattern =
+        graph_.constant(imName + (im > 0 ? "NegPos" : "PosNeg"), Kind::V2F64, {-im, im});
+    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(b)), pattern)};
+    return re != 0 ? add(p, q) : q;
+}
+
+std::unique_ptr<ComplexArith> PairArith::reversed() const
+{
+    return std::make_unique<PairArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
+                                                                                : Direction::Forward);
+}
+
+} // namespace kernelgen

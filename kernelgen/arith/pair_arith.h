@@ -1,0 +1,29 @@
+// 64fc complex arithmetic: one complex number per two-lane binary64 vector,
+// the value in Cx::re.
+#pragma once
+
+#include "arith/complex_arith.h"
+
+namespace kernelgen {
+
+class PairArith : public ComplexArith {
+public:
+    using ComplexArith::ComplexArith;
+    Cx load(int element);
+    void storeScaled(Cx x, int element, Graph::Value scale);
+    Cx add(Cx a, Cx b) override;
+    Cx mulReal(Cx a, Trig c) override;
+    Cx timesW4(Cx a) override;
+    Cx rotate(Cx a, int n, int e) override;
+    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
+    Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName) override;
+    Cx zero() override;
+    bool isZero(Cx a) const { return graph_.isZero(a.re); }
+    std::unique_ptr<ComplexArith> reversed() const override;
+
+private:
+    Graph::Value materialize(Cx a);
+    Cx timesI(Cx a); // by +i in either direction
+};
+
+} // namespace kernelgen

@@ -1,0 +1,126 @@
+#include "arith/split_arith.h"
+
+#include <string>
+
+#include "arith/signs.h"
+
+namespace kernelgen {
+
+Graph::Value SplitArith::part(Graph::Value v, bool negative)
+{
+    if (!negative)
+        return v;
+    const Kind kind = graph_.kind(v);
+    if (!isVector(kind))
+        return graph_.neg(v);
+    return graph_.bitXor(v, graph_.signMask("kNegateAll", kind, std::vector<bool>(laneCount(kind), true)));
+}
+
+Cx SplitArith::materialize(Cx a)
+{
+    if (isZero(a))
+        return Cx{a.re, a.im};
+    return Cx{part(a.re, a.negRe), part(a.im, a.negIm)};
+}
+
+Cx SplitArith::add(Cx a, Cx b)
+{
+    if (isZero(a))
+        return b;
+    if (isZero(b))
+        return a;
+    Cx r;
+    r.re = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, r.negRe);
+    r.im = signedSum(graph_, a.im, a.negIm, b.im, b.negIm, r.negIm);
+    return r;
+}
+
+Cx SplitArith::mulReal(Cx a, Trig c)
+{
+    if (isZero(a))
+        return a;
+    const Exact value = c.value();
+    const Kind kind = graph_.kind(a.re);
+    const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), kind,
+                                           std::vector<Exact>(laneCount(kind), magnitude(value)));
+    Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+    return value < 0 ? neg(r) : r;
+}
+
+// -i*(re, im) = (im, -re); +i*(re, im) = (-im, re): only names and signs move.
+Cx SplitArith::timesW4(Cx a)
+{
+    if (direction_ == Direction::Forward)
+        return Cx{a.im, a.re, a.negIm, !a.negRe};
+    return Cx{a.im, a.re, !a.negIm, a.negRe};
+}
+
+Cx SplitArith::rotate(Cx a, int n, int e)
+{
+    switch (classifyRotation(n, exponentSign() * e).form) {
+    case RotationForm::Identity: return a;
+    case RotationForm::Negate: return neg(a);
+    case RotationForm::TimesI: return Cx{a.im, a.re, !a.negIm, a.negRe};
+    case RotationForm::TimesMinusI: return Cx{a.im, a.re, a.negIm, !a.negRe};
+    default: break;
+    }
+    return rotateLanes(a, n, {e, e, e, e}, "kW" + std::to_string(n) + "Pow" + std::to_string(e));
+}
+
+Cx SplitArith::rotateLanes(Cx y, int n, std::array<int, 4> exponents, const std::string& name)
+{
+    std::array<Exact, 4> cosLanes, sinLanes;
+    for (int l = 0; l < 4; ++l) {
+        cosLanes[l] = cosTurn(exponentSign() * exponents[l], n);
+        sinLanes[l] = sinTurn(exponentSign() * exponents[l], n);
+    }
+    return mulLanes(y, cosLanes, sinLanes, name);
+}
+
+Cx SplitArith::mulLanes(Cx y, const std::array<Exact, 4>& cosLanes, const std::array<Exact, 4>& sinLanes,
+                        const std::string& name)
+{
+    if (kind_ != Kind::V4F32)
+        throw std::logic_error("lane constants need four-lane vectors");
+    if (isZero(y))
+        return y;
+    const Graph::Value a = graph_.constant(name + "Re", kind_, {cosLanes.begin(), cosLanes.end()});
+    const Graph::Value b = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
+                                           {sinLanes.begin(), sinLanes.end()});
+    y = materialize(y);
+    const Graph::Value re = graph_.sub(graph_.mul(y.re, a), graph_.mul(y.im, b));
+    const Graph::Value im = graph_.add(graph_.mul(y.re, b), graph_.mul(y.im, a));
+    return Cx{re, im};
+}
+
+Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+{
+    if (isZero(a))
+        return a;
+    const auto uniform = [&](Exact v) { return std::vector<Exact>(laneCount(kind_), magnitude(v)); };
+    if (im == 0) {
+        const Graph::Value k = graph_.constant(name + "Re", kind_, uniform(re));
+        const Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+        return re < 0 ? neg(r) : r;
+    }
+    if (re == 0) {
+        // i*im*(x + i*y) = (-im*y, im*x)
+        const Graph::Value k = graph_.constant(name + "Im", kind_, uniform(im));
+        const Cx r{graph_.mul(a.im, k), graph_.mul(a.re, k), !a.negIm, a.negRe};
+        return im < 0 ? neg(r) : r;
+    }
+    const Graph::Value c = graph_.constant(name + "Re", kind_, std::vector<Exact>(laneCount(kind_), re));
+    const Graph::Value s = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
+                                           std::vector<Exact>(laneCount(kind_), im));
+    a = materialize(a);
+    return Cx{graph_.sub(graph_.mul(a.re, c), graph_.mul(a.im, s)), graph_.add(graph_.mul(a.re, s), graph_.mul(a.im, c))};
+}
+
+std::unique_ptr<ComplexArith> SplitArith::reversed() const
+{
+    return std::make_unique<SplitArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
+                                                                                 : Direction::Forward,
+                                        kind_, rounding_);
+}
+
+} // namespace kernelgen

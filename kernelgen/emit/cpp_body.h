@@ -1,0 +1,37 @@
+// The C++ text of one graph: its statements over the vector layer in
+// emission order, its constants as correctly rounded literals, and the
+// comment that counts its operations.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/graph.h"
+
+namespace kernelgen {
+
+const char* cppType(Kind kind);
+std::string literal(Kind kind, Exact value);
+// The first line of every generated file.
+std::string banner(const std::string& invocation);
+
+// How a body reaches its arrays: `in` and `out` hold numbers read through
+// the access policy `Access` (vectors) or element by element (scalars), or,
+// with `arraysOfValues`, values of the nodes' own kind indexed directly.
+struct ArrayAccess {
+    std::string in;
+    std::string out;
+    bool arraysOfValues;
+};
+
+// One statement per live node, in emission order.
+std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std::string& indent);
+
+// The live constants of the graphs, each name once: at namespace scope
+// (`local` false) or as static locals of a function body.
+std::string printConstants(const std::vector<const Graph*>& graphs, bool local, const std::string& indent);
+
+// "12 vector additions, 4 vector multiplications, ..." for a header comment.
+std::string countsComment(const Graph& g);
+
+} // namespace kernelgen

@@ -1,0 +1,27 @@
+// The convolution form of a prime length.
+#pragma once
+
+#include <string>
+
+#include "methods/signal.h"
+
+namespace kernelgen {
+
+// The convolution form of a prime p over m = p-1, with g the smallest
+// primitive root: u[q] = x[g^q], U = the size-m transform `inner` of u,
+// U[k] times the spectrum constant D[k] (x[0] added to bin 0), the inverse
+// size-m transform (`inner` with the signs changed) y, X[g^-r] = y[r], and
+// X[0] = x[0] + U[0] from the bin 0 before the product. This plain form,
+// a complex product per bin, is 32fc's; 64fc takes the pair form of
+// pairs.h.
+int primitiveRoot(int p);
+int powMod(int base, int exponent, int p);
+// D[k] = (1/m) * sum_t W^(g^t) * exp(+2*pi*i*t*k/m) for the direction of
+// `sign` (-1 forward: W = exp(-2*pi*i/p)); D[0] = -1/m exactly.
+void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
+std::string spectrumName(int p, int k);
+// u[q] = x[g^q mod p], q = 0..p-2: the inputs in the order of the powers of g.
+Signal rootOrder(const Signal& x);
+Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
+
+} // namespace kernelgen

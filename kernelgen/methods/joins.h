@@ -1,0 +1,67 @@
+// Joins of two stages: the index maps of Cooley-Tukey and Good-Thomas
+// chains, the join itself, and the halving steps around an odd stage.
+#pragma once
+
+#include <type_traits>
+
+#include "methods/signal.h"
+
+namespace kernelgen {
+
+// The index maps of a join of two stages, N = n1*n2 with n1 nearer to the
+// input: element i1 of first-stage group i2 is x[input(i1, i2)], output k2 of
+// second-stage group k1 is X[output(k1, k2)], and between them Y[i2][k1] is
+// rotated by W_twiddleDen^twiddle(i2, k1) (an exponent of 0 means none).
+struct JoinMap {
+    int n1;
+    int n2;
+    std::function<int(int, int)> input;
+    std::function<int(int, int)> output;
+    std::function<int(int, int)> twiddle;
+    int twiddleDen;
+};
+
+// Cooley-Tukey: n = n2*i1 + i2, k = k1 + n1*k2, twiddles W_N^(i2*k1).
+JoinMap twiddledMap(int n1, int n2);
+// Good-Thomas, gcd(n1, n2) = 1: n = (n2*i1 + n1*i2) mod N, read with
+// wrap-around; X[k] = Z[k mod n1][k mod n2] (Chinese remainders); no twiddles.
+JoinMap coprimeMap(int n1, int n2);
+// N = q*p*p with gcd(p, q) = 1, the prime power p*p twiddled (p then p) and
+// the factor q between its two stages: n1 = p, and the second stage is the
+// natural-order size-q*p transform of a Good-Thomas join (q then p).
+JoinMap interleavedPowerMap(int p, int q);
+
+// The transforms of one stage of a join, by group (i2 in the first stage,
+// k1 in the second). A stage runs one transform on all its groups, or holds
+// two forms of a factor side by side: its first `leadingGroups` groups take
+// `leading`, the others `rest`.
+struct Stage {
+    template <class F>
+        requires std::is_constructible_v<Transform, F>
+    Stage(F transform) : rest(std::move(transform))
+    {
+    }
+    Stage(int leadingGroups, Transform leading, Transform rest)
+        : leadingGroups(leadingGroups), leading(std::move(leading)), rest(std::move(rest))
+    {
+    }
+    const Transform& on(int group) const { return group < leadingGroups ? leading : rest; }
+
+    int leadingGroups = 0;
+    Transform leading;
+    Transform rest;
+};
+
+// Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
+Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second);
+
+// N = 4*q, q odd: the Good-Thomas maps of 4 then q (groups read with
+// wrap-around, outputs stored to their Chinese-remainder places), with the
+// 4-point stage split around the odd stage. The even-numbered outputs are
+// the length-N/2 transform of x[n] + x[n + N/2]: the odd stage on the two
+// halves of those sums, the last 2-point butterfly after it. The
+// odd-numbered outputs take the rest of the 4-point stage first
+// (x[n] - x[n + N/2] and the W4 butterfly), then the odd stage.
+Signal halvingsAroundOdd(ComplexArith& ar, const Signal& x, const Transform& odd);
+
+} // namespace kernelgen
