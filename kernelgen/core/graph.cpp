@@ -38,8 +38,22 @@ bool sameStoredValues(Kind kind, const std::vector<Exact>& a, const std::vector<
 
 } // namespace
 
+void Graph::openSection(const std::string& label)
+{
+    constexpr size_t kLabelledDepth = 2;
+    if (openSections_.size() >= kLabelledDepth) {
+        openSections_.push_back(openSections_.back());
+        return;
+    }
+    sections_.push_back(openSections_.empty() ? label : sections_[openSections_.back()] + "; " + label);
+    openSections_.push_back(static_cast<int>(sections_.size() - 1));
+}
+
+void Graph::closeSection() { openSections_.pop_back(); }
+
 Graph::Value Graph::push(Node node)
 {
+    node.section = openSections_.empty() ? -1 : openSections_.back();
     nodes_.push_back(std::move(node));
     return static_cast<Value>(nodes_.size() - 1);
 }

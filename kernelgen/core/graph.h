@@ -66,6 +66,7 @@ struct Node {
     int offset = 0;       // Load / Store
     int constant = -1;    // Constant
     Shuffle pattern = Shuffle::None;
+    int section = -1;     // index into Graph::sections(), -1 outside any
 };
 
 struct ConstantDef {
@@ -112,6 +113,15 @@ public:
     Value widen(Value a);
     Value narrow(Value a);
 
+    // Sections: the stages of a chain as a method marks them, so that the
+    // printer can head their statements with a comment. Nodes made between
+    // openSection and closeSection belong to the section; a section inside
+    // another is labelled "outer; inner", and deeper ones belong to their
+    // parent.
+    void openSection(const std::string& label);
+    void closeSection();
+    const std::vector<std::string>& sections() const { return sections_; }
+
     Kind kind(Value v) const { return nodes_[v].kind; }
     // A constant whose lanes are all +0.0 (not a sign mask).
     bool isZero(Value v) const;
@@ -131,6 +141,20 @@ private:
     Value binary(Op op, Value a, Value b);
     std::vector<Node> nodes_;
     std::vector<ConstantDef> constants_;
+    std::vector<std::string> sections_;
+    std::vector<int> openSections_; // the section of each open level
+};
+
+// Opens a section for the lifetime of the scope.
+class SectionScope {
+public:
+    SectionScope(Graph& g, const std::string& label) : g_(g) { g_.openSection(label); }
+    ~SectionScope() { g_.closeSection(); }
+    SectionScope(const SectionScope&) = delete;
+    SectionScope& operator=(const SectionScope&) = delete;
+
+private:
+    Graph& g_;
 };
 
 } // namespace kernelgen

@@ -87,8 +87,16 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
     bool stored = false;
     const auto at = [](const std::string& array, int offset) { return array + " + " + std::to_string(offset); };
     const auto element = [](const std::string& array, int offset) { return array + "[" + std::to_string(offset) + "]"; };
+    int section = -1;
     for (const int i : emissionOrder(g)) {
         const Node& n = g.nodes()[i];
+        // Loads and constants serve any stage; a stage's comment heads the
+        // first of its own operations after those of another.
+        const bool stageWork = n.section >= 0 && n.op != Op::Constant && !isLoad(n.op);
+        if (stageWork && n.section != section) {
+            out << indent << "// " << g.sections()[n.section] << "\n";
+            section = n.section;
+        }
         const bool viaAccess = isVector(n.kind) && !arrays.arraysOfValues;
         const std::string a = n.a >= 0 ? var(n.a) : "";
         const std::string b = n.b >= 0 ? var(n.b) : "";

@@ -1,5 +1,7 @@
 #include "methods/convolution.h"
 
+#include <optional>
+
 namespace kernelgen {
 
 int powMod(int base, int exponent, int p)
@@ -65,7 +67,10 @@ Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner)
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const int g = primitiveRoot(p);
+    std::optional<SectionScope> section;
+    section.emplace(ar.graph(), "size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
     Signal U = inner(ar, rootOrder(x));
+    section.emplace(ar.graph(), "spectrum products");
     Signal X(p);
     X[0] = ar.add(x[0], U[0]);
     for (int k = 0; k < m; ++k) {
@@ -75,6 +80,7 @@ Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner)
     }
     U[0] = ar.add(x[0], U[0]);
     const auto back = ar.reversed();
+    section.emplace(ar.graph(), "inverse size-" + std::to_string(m) + " transform");
     const Signal y = inner(*back, U);
     // g^-r = g^(m-r)
     for (int r = 0; r < m; ++r)

@@ -2,6 +2,7 @@
 // chains, the join itself, and the halving steps around an odd stage.
 #pragma once
 
+#include <string>
 #include <type_traits>
 
 #include "methods/signal.h"
@@ -51,6 +52,11 @@ struct Stage {
     Transform leading;
     Transform rest;
 };
+
+// The section labels of a join's stages: "first stage, group 3 (5-point)",
+// "second stage, row 0 (12-point)".
+std::string groupLabel(int i2, int n1);
+std::string rowLabel(int k1, int n2);
 
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
 Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -37,6 +38,16 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
 // out[block][k2], lanes k1 = 4*block+l. Element e of the transform's input
 // is loaded from element `source(e)` of src (-1: a zero), and each loaded
 // vector passes `prepare` with its elements before the first stage.
+// "first stage, groups 4 to 7 (5-point)": the indices in the lanes of
+// vector set `set` of `count`, and the length of the transform on them.
+std::string lanesLabel(const std::string& what, int set, int count, int length)
+{
+    const int last = std::min(4 * set + 3, count - 1);
+    const std::string range = last == 4 * set ? " " + std::to_string(last)
+                                              : " " + std::to_string(4 * set) + " to " + std::to_string(last);
+    return what + range + " (" + std::to_string(length) + "-point)";
+}
+
 using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
 
 std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Transform& first,
@@ -47,6 +58,7 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
     const int laneSets = (map.n2 + 3) / 4;
     std::vector<Signal> firstOut(laneSets);
     for (int set = 0; set < laneSets; ++set) {
+        const SectionScope section(g, lanesLabel("first stage, groups", set, map.n2, map.n1));
         Signal column(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1) {
             std::array<int, 4> elements;
@@ -58,11 +70,15 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
         }
         firstOut[set] = first(ar, column);
     }
+    std::optional<SectionScope> section;
+    section.emplace(g, "transposes and twiddles");
     std::vector<Signal> rows = transposeSets(ar, firstOut, map.n1);
     twiddleRows(ar, map, rows, prefix);
     std::vector<Signal> out;
-    for (Signal& row : rows)
-        out.push_back(second(ar, Signal(row.begin(), row.begin() + map.n2)));
+    for (size_t block = 0; block < rows.size(); ++block) {
+        section.emplace(g, lanesLabel("second stage, rows", static_cast<int>(block), map.n1, map.n2));
+        out.push_back(second(ar, Signal(rows[block].begin(), rows[block].begin() + map.n2)));
+    }
     return out;
 }
 
@@ -73,17 +89,23 @@ std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Tra
                                  const Transform& second, const std::vector<Signal>& spectrum,
                                  const std::string& prefix)
 {
+    Graph& g = back.graph();
+    std::optional<SectionScope> section;
     std::vector<Signal> rows;
-    for (const Signal& block : spectrum) {
-        Signal z = second(back, block);
+    for (size_t block = 0; block < spectrum.size(); ++block) {
+        section.emplace(g, lanesLabel("inverse second stage, rows", static_cast<int>(block), map.n1, map.n2));
+        Signal z = second(back, spectrum[block]);
         z.resize(4 * ((map.n2 + 3) / 4));
         rows.push_back(z);
     }
+    section.emplace(g, "conjugate twiddles and transposes");
     twiddleRows(back, map, rows, prefix);
     std::vector<Signal> columns = transposeSets(back, rows, map.n2);
     std::vector<Signal> out;
-    for (Signal& column : columns)
-        out.push_back(first(back, Signal(column.begin(), column.begin() + map.n1)));
+    for (size_t set = 0; set < columns.size(); ++set) {
+        section.emplace(g, lanesLabel("inverse first stage, groups", static_cast<int>(set), map.n2, map.n1));
+        out.push_back(first(back, Signal(columns[set].begin(), columns[set].begin() + map.n1)));
+    }
     return out;
 }
 
@@ -94,6 +116,7 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
     const int n = map.n1 * map.n2;
     const std::vector<Signal> out =
         forwardSplit(ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n));
+    const SectionScope section(ar.graph(), "scale and stores");
     const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
     for (size_t block = 0; block < out.size(); ++block)
         for (int k2 = 0; k2 < map.n2; ++k2) {
@@ -116,6 +139,8 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
     std::vector<Signal> U = forwardSplit(ar, map, first, second, [&](int q) { return powMod(root, q, p); }, prefix);
 
     // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
+    std::optional<SectionScope> section;
+    section.emplace(g, "spectrum products");
     const Cx X0 = ar.add(x0, U[0][0]);
     for (size_t block = 0; block < U.size(); ++block)
         for (int k2 = 0; k2 < map.n2; ++k2) {
@@ -132,7 +157,9 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
     U[0][0] = ar.add(x0, U[0][0]);
 
     const auto back = ar.reversed();
+    section.reset();
     const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, U, prefix);
+    section.emplace(g, "scale and stores");
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
     for (size_t set = 0; set < y.size(); ++set)
@@ -166,6 +193,8 @@ void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& 
     // B[k] = (1/M) sum over |m| < p of W^(-h*m^2) exp(-2*pi*i*m*k/M), the gap
     // between m = p-1 and M-(p-1) left empty.
     const int sign = ar.exponentSign();
+    std::optional<SectionScope> section;
+    section.emplace(g, "products with the chirp spectrum");
     for (size_t block = 0; block < A.size(); ++block)
         for (int k2 = 0; k2 < map.n2; ++k2) {
             std::array<Exact, 4> re{}, im{};
@@ -188,7 +217,9 @@ void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& 
         }
 
     const auto back = ar.reversed();
+    section.reset();
     const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, A, prefix);
+    section.emplace(g, "chirp, scale and stores");
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     for (size_t set = 0; set < y.size(); ++set)
         for (int i1 = 0; i1 < map.n1; ++i1) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string>
 #include <stdexcept>
 #include <tuple>
 
@@ -85,6 +87,12 @@ void setPair(PairedOutput& X, int k, Cx h, const Diff& d)
 Cx halfOf(const PairedOutput& y, int k) { return y.isOpen(k) ? y.halfAt(k) : y.bin[k]; }
 
 bool selfPartner(int k, int n) { return mod(-k, n) == k; }
+
+// A section label of a group or row taken together with its partner.
+std::string withPartner(const std::string& label, int index, int partner)
+{
+    return partner == index ? label : label + " with its partner " + std::to_string(partner);
+}
 
 // Index helpers of a join: where each element sits, and the twiddle
 // exponent reduced.
@@ -208,6 +216,7 @@ PairedOutput joinPairedOut(ComplexArith& ar, const Signal& x, const JoinMap& map
     std::vector<PairedOutput> Y;
     std::vector<Signal> closedY;
     for (int i2 = 0; i2 < n2; ++i2) {
+        const SectionScope section(ar.graph(), groupLabel(i2, n1));
         Signal group(n1);
         for (int i1 = 0; i1 < n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
@@ -227,6 +236,7 @@ PairedOutput joinPairedOut(ComplexArith& ar, const Signal& x, const JoinMap& map
         const int k1n = mod(-k1, n1);
         if (k1n < k1)
             continue;
+        const SectionScope section(ar.graph(), withPartner(rowLabel(k1, n2), k1, k1n));
         const int shift = index.rowShift(k1);
         if (k1n == k1 && index.twiddleFree(k1)) {
             Signal row(n2);
@@ -334,6 +344,7 @@ Signal joinPairedIn(ComplexArith& ar, const PairedInput& in, const JoinMap& map,
         const int skew = index.groupSkew(i2, i2n);
         if (i2n < i2)
             continue;
+        const SectionScope section(ar.graph(), withPartner(groupLabel(i2, n1), i2, i2n));
         if (i2n == i2 && skew == 0) {
             const PairedInput group{n1, [&, i2](int i1) { return in.bin(map.input(i1, i2)); },
                                     [&, i2](int i1) { return in.pair(map.input(i1, i2)); }};
@@ -348,6 +359,7 @@ Signal joinPairedIn(ComplexArith& ar, const PairedInput& in, const JoinMap& map,
     }
     Signal X(n);
     for (int k1 = 0; k1 < n1; ++k1) {
+        const SectionScope section(ar.graph(), rowLabel(k1, n2));
         const Signal& bins = rowBin[k1];
         const std::map<int, SumDif>& pairs = rowPair[k1];
         const PairedInput row{
@@ -427,8 +439,11 @@ Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner)
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const int g = primitiveRoot(p);
+    std::optional<SectionScope> section;
+    section.emplace(ar.graph(), "size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
     const PairedOutput U = inner.pairedOut(ar, rootOrder(x));
     const Signal closedU = close(ar, U); // left unused where the pairs stay open
+    section.reset();
     Signal X(p);
     X[0] = ar.add(x[0], U.bin[0]);
     std::map<int, Cx> bins;
@@ -478,6 +493,8 @@ Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner)
         return k == lower ? sd : SumDif{sd.sum, ComplexArith::neg(sd.dif)};
     };
     const auto back = ar.reversed();
+    // The products are made where the inverse transform asks for them.
+    section.emplace(ar.graph(), "spectrum products and the inverse size-" + std::to_string(m) + " transform");
     const Signal y = inner.pairedIn(*back, PairedInput{m, bin, pair});
     // g^-r = g^(m-r)
     for (int r = 0; r < m; ++r)
