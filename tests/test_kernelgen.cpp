@@ -1,0 +1,230 @@
+// The generator's own layers, where a fault would not show in any single
+// kernel's output: the transpose of a graph, the one-value rule of named
+// constants, and the forms of a rotation.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+#include "arith/lane_arith.h"
+#include "arith/signs.h"
+#include "arith/split_arith.h"
+#include "core/transpose.h"
+#include "methods/codelets.h"
+#include "methods/joins.h"
+
+using namespace kernelgen;
+
+namespace {
+
+// Runs a scalar graph in long double, without rounding: the linear map the
+// graph describes. Widen and narrow are exact here.
+std::vector<long double> evaluate(const Graph& g, const std::vector<long double>& src, size_t outputs)
+{
+    std::vector<long double> value(g.nodes().size(), 0), dst(outputs, 0);
+    for (size_t i = 0; i < g.nodes().size(); ++i) {
+        const Node& n = g.nodes()[i];
+        const long double a = n.a >= 0 ? value[n.a] : 0, b = n.b >= 0 ? value[n.b] : 0;
+        switch (n.op) {
+        case Op::Load: value[i] = src.at(n.offset); break;
+        case Op::Store: dst.at(n.offset) = a; break;
+        case Op::Constant: value[i] = static_cast<long double>(g.constants()[n.constant].lanes[0]); break;
+        case Op::ScaleArg: value[i] = 1; break;
+        case Op::Add: value[i] = a + b; break;
+        case Op::Sub: value[i] = a - b; break;
+        case Op::Mul: value[i] = a * b; break;
+        case Op::Neg: value[i] = -a; break;
+        case Op::Widen:
+        case Op::Narrow: value[i] = a; break;
+        default: throw std::logic_error("not a scalar operation");
+        }
+    }
+    return dst;
+}
+
+std::vector<long double> randomVector(size_t n, unsigned seed)
+{
+    std::mt19937 gen(seed);
+    std::uniform_real_distribution<double> uniform(-1, 1);
+    std::vector<long double> v(n);
+    for (long double& x : v)
+        x = uniform(gen);
+    return v;
+}
+
+long double dot(const std::vector<long double>& a, const std::vector<long double>& b)
+{
+    long double s = 0;
+    for (size_t i = 0; i < a.size(); ++i)
+        s += a[i] * b[i];
+    return s;
+}
+
+// A scalar complex DFT graph of length n built by the method builders:
+// interleaved (re, im) in, interleaved out, times the scale. The arithmetic
+// of the DCT-IV pieces has rotations by any angle on scalars; the 32fc
+// one has the rounding policies.
+Graph scalarDft(int n, const Transform& transform, Kind kind, RoundingPolicy rounding, bool anyAngle)
+{
+    Graph g;
+    SplitArith split(g, Direction::Forward, kind, rounding);
+    LaneArith lanes(g, kind);
+    ComplexArith& ar = anyAngle ? static_cast<ComplexArith&>(lanes) : split;
+    Signal x(n);
+    for (int i = 0; i < n; ++i)
+        x[i] = Cx{g.load(kind, 2 * i), g.load(kind, 2 * i + 1)};
+    const Signal X = transform(ar, x);
+    const Graph::Value scale = g.scaleArg(kind);
+    for (int k = 0; k < n; ++k) {
+        g.store(g.mul(lanes.materialize(X[k].re, X[k].negRe), scale), 2 * k);
+        g.store(g.mul(lanes.materialize(X[k].im, X[k].negIm), scale), 2 * k + 1);
+    }
+    return g;
+}
+
+Graph scalarDft(int n, const Transform& transform, bool anyAngle)
+{
+    return scalarDft(n, transform, Kind::F64, RoundingPolicy::elementType(), anyAngle);
+}
+
+Transform folded5()
+{
+    return [](ComplexArith& ar, const Signal& x) {
+        return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::SumThenX0));
+    };
+}
+
+struct DftCase {
+    const char* name;
+    int n;
+    Transform transform;
+    bool anyAngle = false;
+};
+
+std::vector<DftCase> dftCases()
+{
+    const Transform d4 = [](ComplexArith& ar, const Signal& x) { return dft4(ar, x); };
+    const Transform d3 = [](ComplexArith& ar, const Signal& x) {
+        return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::FromX0));
+    };
+    return {
+        {"dft4", 4, d4},
+        {"folded5", 5, folded5()},
+        {"road8", 8, [](ComplexArith& ar, const Signal& x) { return road8(ar, x); }},
+        {"coprime3x4", 12, [=](ComplexArith& ar, const Signal& x) { return join(ar, x, coprimeMap(3, 4), d3, d4); }},
+        {"twiddled4x4", 16, [=](ComplexArith& ar, const Signal& x) { return join(ar, x, twiddledMap(4, 4), d4, d4); },
+         true},
+        {"twiddled3x3", 9, [=](ComplexArith& ar, const Signal& x) { return join(ar, x, twiddledMap(3, 3), d3, d3); },
+         true},
+    };
+}
+
+class TransposeTest : public ::testing::TestWithParam<DftCase> {};
+
+// <A x, y> = <x, A^T y> for random x and y: the transpose is the adjoint.
+TEST_P(TransposeTest, IsTheAdjoint)
+{
+    const DftCase& c = GetParam();
+    const size_t numbers = 2 * c.n;
+    const Graph g = scalarDft(c.n, c.transform, c.anyAngle);
+    const Graph t = transpose(g);
+    for (unsigned seed = 0; seed < 4; ++seed) {
+        const std::vector<long double> x = randomVector(numbers, seed), y = randomVector(numbers, seed + 100);
+        const long double lhs = dot(evaluate(g, x, numbers), y), rhs = dot(x, evaluate(t, y, numbers));
+        EXPECT_NEAR(static_cast<double>(lhs), static_cast<double>(rhs), 1e-12) << c.name << " seed " << seed;
+    }
+}
+
+// The DFT matrix is symmetric, so its transpose computes the same map:
+// bin k of the transposed graph's output equals bin k of the original's.
+TEST_P(TransposeTest, OfTheDftIsTheDft)
+{
+    const DftCase& c = GetParam();
+    const size_t numbers = 2 * c.n;
+    const Graph g = scalarDft(c.n, c.transform, c.anyAngle);
+    const std::vector<long double> x = randomVector(numbers, 7);
+    // Real and imaginary parts interleave, and the map on (re, im) pairs is
+    // [[C, S], [-S, C]] per bin pair: transposing swaps the sign of S, which
+    // is the DFT of the conjugate, conjugated. Conjugate in and out.
+    std::vector<long double> conj = x;
+    for (size_t i = 1; i < numbers; i += 2)
+        conj[i] = -conj[i];
+    std::vector<long double> viaTranspose = evaluate(transpose(g), conj, numbers);
+    for (size_t i = 1; i < numbers; i += 2)
+        viaTranspose[i] = -viaTranspose[i];
+    const std::vector<long double> direct = evaluate(g, x, numbers);
+    for (size_t i = 0; i < numbers; ++i)
+        EXPECT_NEAR(static_cast<double>(viaTranspose[i]), static_cast<double>(direct[i]), 1e-13)
+            << c.name << " number " << i;
+}
+
+TEST_P(TransposeTest, TwiceIsTheOriginalMap)
+{
+    const DftCase& c = GetParam();
+    const size_t numbers = 2 * c.n;
+    const Graph g = scalarDft(c.n, c.transform, c.anyAngle);
+    const std::vector<long double> x = randomVector(numbers, 11);
+    const std::vector<long double> once = evaluate(g, x, numbers), twice = evaluate(transpose(transpose(g)), x, numbers);
+    for (size_t i = 0; i < numbers; ++i)
+        EXPECT_NEAR(static_cast<double>(twice[i]), static_cast<double>(once[i]), 1e-13) << c.name << " number " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, TransposeTest, ::testing::ValuesIn(dftCases()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// Every load of the original becomes a store of the transpose and every
+// store a load, at the same offsets; the rounding policy's type changes
+// turn into each other.
+TEST(Transpose, SwapsLoadsWithStoresAndWidenWithNarrow)
+{
+    const Graph g = scalarDft(5, folded5(), Kind::F32, RoundingPolicy::doubleRule(), false);
+    const Graph t = transpose(g);
+    const auto count = [](const Graph& graph, Op op) {
+        int c = 0;
+        const std::vector<bool> live = graph.liveNodes();
+        for (size_t i = 0; i < graph.nodes().size(); ++i)
+            c += live[i] && graph.nodes()[i].op == op;
+        return c;
+    };
+    EXPECT_EQ(count(t, Op::Load), count(g, Op::Store));
+    EXPECT_EQ(count(t, Op::Store), count(g, Op::Load));
+    EXPECT_EQ(count(t, Op::Widen), count(g, Op::Narrow));
+    EXPECT_EQ(count(t, Op::Narrow), count(g, Op::Widen));
+    EXPECT_GT(count(g, Op::Widen), 0);
+}
+
+TEST(Transpose, RefusesTheLanePatternsOfThe32fcLayout)
+{
+    Graph g;
+    const Graph::Value a = g.load(Kind::V4F32, 0), b = g.load(Kind::V4F32, 4);
+    g.store(g.shuffle(Shuffle::UnpackLo, a, b), 0);
+    EXPECT_THROW(transpose(g), std::logic_error);
+}
+
+TEST(GraphConstant, ANameStandsForOneStoredValue)
+{
+    Graph g;
+    const Graph::Value k = g.constant("kHalf", Kind::F64, {Exact(1) / 2});
+    EXPECT_EQ(g.constant("kHalf", Kind::F64, {Exact(1) / 2}), k);
+    // The same stored number reached through another binary128 value.
+    EXPECT_EQ(g.constant("kHalf", Kind::F64, {Exact(1) / 2 + Exact(1e-30)}), k);
+    EXPECT_THROW(g.constant("kHalf", Kind::F64, {Exact(1) / 3}), std::logic_error);
+    EXPECT_THROW(g.constant("kHalf", Kind::F32, {Exact(1) / 2}), std::logic_error);
+}
+
+TEST(Rotation, TakesTheCheapestFormOfItsAngle)
+{
+    EXPECT_EQ(classifyRotation(8, 0).form, RotationForm::Identity);
+    EXPECT_EQ(classifyRotation(8, -8).form, RotationForm::Identity);
+    EXPECT_EQ(classifyRotation(6, 3).form, RotationForm::Negate);
+    EXPECT_EQ(classifyRotation(12, 3).form, RotationForm::TimesI);
+    EXPECT_EQ(classifyRotation(12, -3).form, RotationForm::TimesMinusI);
+    EXPECT_EQ(classifyRotation(16, 6).form, RotationForm::OddEighth);
+    EXPECT_EQ(classifyRotation(16, -2).form, RotationForm::OddEighth);
+    EXPECT_EQ(classifyRotation(16, -2).r, 14);
+    EXPECT_EQ(classifyRotation(12, 1).form, RotationForm::General);
+}
+
+} // namespace
