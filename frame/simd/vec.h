@@ -13,7 +13,7 @@
 //   unpackLo / unpackHi     (a0, b0, a1, b1) / (a2, b2, a3, b3); V2d: (a0, b0) / (a1, b1)
 //   moveLowHalves           (a0, a1, b0, b1)
 //   moveHighHalves          (a2, a3, b2, b3)
-//   broadcast (V4f or V2d by argument type), zero4f
+//   broadcast (V4f or V2d by argument type)
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
 // element type with round-to-nearest, and no operation is fused.

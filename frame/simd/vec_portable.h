@@ -93,6 +93,5 @@ TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return V4f{{a.lane[2], a.lane[3],
 
 TVKG_INLINE V4f broadcast(float x) { return V4f{{x, x, x, x}}; }
 TVKG_INLINE V2d broadcast(double x) { return V2d{{x, x}}; }
-TVKG_INLINE V4f zero4f() { return V4f{{0.0f, 0.0f, 0.0f, 0.0f}}; }
 
 } // namespace tvkgen::simd

@@ -54,6 +54,5 @@ TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return _mm_movehl_ps(b, a); }
 
 TVKG_INLINE V4f broadcast(float x) { return _mm_set1_ps(x); }
 TVKG_INLINE V2d broadcast(double x) { return _mm_set1_pd(x); }
-TVKG_INLINE V4f zero4f() { return _mm_setzero_ps(); }
 
 } // namespace tvkgen::simd
