@@ -3,6 +3,9 @@
 //   kernelgen dft-complex <32fc|64fc> <size> <out.cpp>
 //   kernelgen dft-complex-dispatch <out.cpp>
 //   kernelgen dft-complex-counts <out.h>
+//   kernelgen dft-real-forward <32f|64f> <size> <out.cpp>
+//   kernelgen dft-real-forward-dispatch <out.cpp>
+//   kernelgen dft-real-forward-counts <out.h>
 //   kernelgen dct4-pieces <out.h>
 //   kernelgen dct4-direct <out.cpp>
 //
@@ -19,6 +22,7 @@
 #include "emit/files.h"
 #include "families/dct4.h"
 #include "families/dft_complex.h"
+#include "families/dft_real.h"
 
 namespace {
 
@@ -42,6 +46,9 @@ int usage()
     std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> <out.cpp>\n"
                  "       kernelgen dft-complex-dispatch <out.cpp>\n"
                  "       kernelgen dft-complex-counts <out.h>\n"
+                 "       kernelgen dft-real-forward <32f|64f> <size> <out.cpp>\n"
+                 "       kernelgen dft-real-forward-dispatch <out.cpp>\n"
+                 "       kernelgen dft-real-forward-counts <out.h>\n"
                  "       kernelgen dct4-pieces <out.h>\n"
                  "       kernelgen dct4-direct <out.cpp>\n";
     return 2;
@@ -69,6 +76,23 @@ int main(int argc, char** argv)
         }
         if (command == "dft-complex-counts" && argc == 3) {
             writeIfChanged(argv[2], printCountsHeader(complexCounts(), command));
+            return 0;
+        }
+        if (command == "dft-real-forward" && argc == 5) {
+            const std::string type = argv[2];
+            if (type != "32f" && type != "64f")
+                return usage();
+            const FramedKernelFile file =
+                realForwardSizeFile(type == "32f" ? RealType::R32 : RealType::R64, std::stoi(argv[3]));
+            writeIfChanged(argv[4], printFramedKernelFile(file, command + " " + type + " " + argv[3]));
+            return 0;
+        }
+        if (command == "dft-real-forward-dispatch" && argc == 3) {
+            writeIfChanged(argv[2], printDispatchers(realForwardDispatchers(), command));
+            return 0;
+        }
+        if (command == "dft-real-forward-counts" && argc == 3) {
+            writeIfChanged(argv[2], printCountsHeader(realForwardCounts(), command));
             return 0;
         }
         if (command == "dct4-pieces" && argc == 3) {

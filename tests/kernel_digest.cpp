@@ -9,6 +9,7 @@
 //                                        they differ from FILE
 //
 // The SSE2 and the portable build must both reproduce the committed file.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include "complex_kernels.h"
+#include "real_kernels.h"
 #include "tvkcore.h"
 
 namespace {
@@ -107,6 +109,28 @@ bool digestComplexKernels(Digests& out)
                     if (k.run(in, result, flag) != StatusOk)
                         return false;
                     hash = fnv1a(result, bytes, hash);
+                }
+            add(out, k.name(), path, hash);
+        }
+    }
+    return true;
+}
+
+// Forward real kernels: N inputs, the layout's cells out; in place the
+// array has room for both.
+bool digestRealKernels(Digests& out)
+{
+    for (const tvktest::RealKernel& k : tvktest::builtRealForwardKernels()) {
+        const size_t outBytes = k.cells() * k.realBytes();
+        Arrays arrays(std::max<size_t>(k.size, k.cells()) * k.realBytes());
+        for (Path path : kPaths) {
+            uint64_t hash = kFnvBasis;
+            for (unsigned seed = 0; seed < 16; ++seed)
+                for (int flag : {1, 2, 4, 8}) {
+                    const auto [in, result] = arrays.prepare(path, k.is64(), k.size, seed);
+                    if (k.run(in, result, flag) != StatusOk)
+                        return false;
+                    hash = fnv1a(result, outBytes, hash);
                 }
             add(out, k.name(), path, hash);
         }
@@ -247,7 +271,7 @@ int main(int argc, char** argv)
 
     Digests digests;
     const bool ok =
-        digestComplexKernels(digests) && digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
+        digestComplexKernels(digests) && digestRealKernels(digests) && digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
         digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
         digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
         digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);

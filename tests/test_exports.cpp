@@ -8,6 +8,7 @@
 #include <string>
 
 #include "complex_kernels.h"
+#include "real_kernels.h"
 #include "tvkgen.h"
 
 namespace {
@@ -41,6 +42,10 @@ std::set<std::string> expectedExports()
     for (const char* dispatcher :
          {"tvkgDFTFwd_CToC_32fc", "tvkgDFTFwd_CToC_64fc", "tvkgDFTInv_CToC_32fc", "tvkgDFTInv_CToC_64fc"})
         names.insert(dispatcher);
+    for (const auto& k : tvktest::builtRealForwardKernels()) {
+        names.insert(k.name());
+        names.insert(k.dispatcherName());
+    }
     for (const char* type : {"32f", "64f"}) {
         for (int order = 1; order <= 13; ++order)
             names.insert("tvkgWHT_" + std::to_string(order) + "_" + type);

@@ -9,6 +9,8 @@
 //                 scalars (sizes 2 to 5, with the double rule) (split_arith.h)
 //   LaneArith     DCT-IV pieces: parts apart in values of any kind, with
 //                 the positive exponent throughout (lane_arith.h)
+//   ScalarArith   real families: parts apart in scalars, a missing part an
+//                 exact zero, and the binary32 statement rule (scalar_arith.h)
 //
 // The direction lives here too: builders speak of W_n^e and of W4, and the
 // arithmetic turns them into exp(-2*pi*i*e/n) forward, exp(+...) inverse.
@@ -89,8 +91,8 @@ public:
     // A sum of products with constants starts from values given to
     // enterSum and ends with leaveSum, which the rounding policy turns into
     // the type changes it asks for (none by default).
-    Cx enterSum(Cx a);
-    Cx leaveSum(Cx a);
+    virtual Cx enterSum(Cx a);
+    virtual Cx leaveSum(Cx a);
 
     // Sign of the exponent: -1 forward, +1 inverse.
     int exponentSign() const { return direction_ == Direction::Forward ? -1 : 1; }

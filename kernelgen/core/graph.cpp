@@ -147,6 +147,30 @@ Graph::Value Graph::neg(Value a) { return push(Node{Op::Neg, nodes_[a].kind, a})
 Graph::Value Graph::widen(Value a) { return push(Node{Op::Widen, Kind::F64, a}); }
 Graph::Value Graph::narrow(Value a) { return push(Node{Op::Narrow, Kind::F32, a}); }
 
+Graph Graph::remapStores(const std::function<int(int)>& cellOf) const
+{
+    Graph out;
+    out.constants_ = constants_;
+    out.sections_ = sections_;
+    // Stores are sinks: dropping one moves the indices of later nodes only.
+    std::vector<int> index(nodes_.size(), -1);
+    for (size_t i = 0; i < nodes_.size(); ++i) {
+        Node node = nodes_[i];
+        if (node.a >= 0)
+            node.a = index[node.a];
+        if (node.b >= 0)
+            node.b = index[node.b];
+        if (isStore(node.op)) {
+            node.offset = cellOf(node.offset);
+            if (node.offset < 0)
+                continue;
+        }
+        out.nodes_.push_back(node);
+        index[i] = static_cast<int>(out.nodes_.size() - 1);
+    }
+    return out;
+}
+
 std::vector<bool> Graph::liveNodes() const
 {
     std::vector<bool> live(nodes_.size(), false);

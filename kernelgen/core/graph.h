@@ -5,6 +5,7 @@
 // first gives the same bits: the printer chooses its own (schedule.h).
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -127,6 +128,10 @@ public:
     bool isZero(Value v) const;
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<ConstantDef>& constants() const { return constants_; }
+
+    // The same graph with every store moved to cellOf(offset), and dropped
+    // where that is -1: one computation, stored in another layout.
+    Graph remapStores(const std::function<int(int)>& cellOf) const;
 
     // Which nodes reach a store; the printer drops the rest.
     std::vector<bool> liveNodes() const;

@@ -24,6 +24,9 @@ struct FramedKernel {
     std::array<Exact, 3> scaleFactors;
     bool twins; // an aligned body and an unaligned twin, or one scalar body
     Graph graph;
+    // The structName of an earlier kernel of the file whose body this entry
+    // point runs (the same arithmetic and stores), or empty.
+    std::string sameBodyAs;
 };
 
 // One generated source: kernels in `tvkgen::<space>` with the shared

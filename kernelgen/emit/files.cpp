@@ -44,18 +44,21 @@ std::string printFramedKernelFile(const FramedKernelFile& file, const std::strin
 {
     std::vector<const Graph*> graphs;
     for (const FramedKernel& k : file.kernels)
-        graphs.push_back(&k.graph);
+        if (k.sameBodyAs.empty())
+            graphs.push_back(&k.graph);
     std::ostringstream out;
     out << banner(invocation) << "#include \"kernel_frame.h\"\n\n"
         << "namespace tvkgen::" << file.space << " {\n\nusing namespace tvkgen::simd;\n\n"
         << printConstants(graphs, false, "");
     for (const FramedKernel& k : file.kernels)
-        out << "\n" << kernelStruct(k);
+        if (k.sameBodyAs.empty())
+            out << "\n" << kernelStruct(k);
     out << "\n} // namespace tvkgen::" << file.space << "\n";
     for (const FramedKernel& k : file.kernels)
         out << "\nTvkStatus " << k.exportedName << "(const " << file.element << "* src, " << file.element
             << "* dst, int flag)\n{\n    return tvkgen::" << (k.twins ? "runWithTwins" : "runSingleBody")
-            << "<tvkgen::" << file.space << "::" << k.structName << ">(src, dst, flag);\n}\n";
+            << "<tvkgen::" << file.space << "::" << (k.sameBodyAs.empty() ? k.structName : k.sameBodyAs)
+            << ">(src, dst, flag);\n}\n";
     return out.str();
 }
 

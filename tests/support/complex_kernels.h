@@ -106,23 +106,6 @@ inline double expectedScale(const ComplexKernel& k, int flag)
     return dividesByN ? 1.0f / static_cast<float>(k.size) : 1.0f;
 }
 
-// Direct DFT in long double, the accuracy oracle.
-inline std::vector<std::complex<long double>> directDft(const std::vector<std::complex<long double>>& x, bool inverse)
-{
-    const size_t n = x.size();
-    std::vector<std::complex<long double>> X(n);
-    const long double sign = inverse ? 1.0L : -1.0L;
-    for (size_t k = 0; k < n; ++k) {
-        std::complex<long double> sum = 0;
-        for (size_t j = 0; j < n; ++j) {
-            const long double angle = sign * 2 * 3.141592653589793238462643383279502884L * ((j * k) % n) / n;
-            sum += x[j] * std::complex<long double>(std::cos(angle), std::sin(angle));
-        }
-        X[k] = sum;
-    }
-    return X;
-}
-
 // Reads or writes element i of an interleaved array of either type.
 inline std::complex<long double> elementAt(const ComplexKernel& k, const void* data, int i)
 {

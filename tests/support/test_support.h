@@ -1,7 +1,10 @@
 // Helpers shared by the test programs: arrays at chosen byte offsets from a
-// 16-byte boundary, sentinel fills, bit comparison and seeded random data.
+// 16-byte boundary, sentinel fills, bit comparison, seeded random data and
+// the direct DFT in long double.
 #pragma once
 
+#include <cmath>
+#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -59,6 +62,23 @@ std::vector<T> randomReals(std::size_t count, unsigned seed, T lo = -1, T hi = 1
     for (T& x : v)
         x = static_cast<T>(dist(rng));
     return v;
+}
+
+// Direct DFT in long double, the accuracy oracle.
+inline std::vector<std::complex<long double>> directDft(const std::vector<std::complex<long double>>& x, bool inverse)
+{
+    const size_t n = x.size();
+    std::vector<std::complex<long double>> X(n);
+    const long double sign = inverse ? 1.0L : -1.0L;
+    for (size_t k = 0; k < n; ++k) {
+        std::complex<long double> sum = 0;
+        for (size_t j = 0; j < n; ++j) {
+            const long double angle = sign * 2 * 3.141592653589793238462643383279502884L * ((j * k) % n) / n;
+            sum += x[j] * std::complex<long double>(std::cos(angle), std::sin(angle));
+        }
+        X[k] = sum;
+    }
+    return X;
 }
 
 } // namespace tvktest

@@ -1,0 +1,176 @@
+#include "arith/scalar_arith.h"
+
+#include <stdexcept>
+#include <string>
+
+#include "arith/signs.h"
+
+namespace kernelgen {
+
+ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding)
+    : ComplexArith(graph, direction, rounding), element_(element)
+{
+    if (isVector(element))
+        throw std::logic_error("scalar arithmetic on a vector kind");
+}
+
+Graph::Value ScalarArith::variable(Graph::Value v)
+{
+    if (graph_.kind(v) == element_)
+        return v;
+    if (!finished_.count(v))
+        throw std::logic_error("a statement's value used before the statement ends");
+    const auto known = rounded_.find(v);
+    if (known != rounded_.end())
+        return known->second;
+    return rounded_[v] = graph_.narrow(v);
+}
+
+Graph::Value ScalarArith::operand(Graph::Value v)
+{
+    if (!wideRule() || inStatement(v))
+        return v;
+    const Graph::Value x = variable(v);
+    const auto known = widened_.find(x);
+    if (known != widened_.end())
+        return known->second;
+    return widened_[x] = graph_.widen(x);
+}
+
+Graph::Value ScalarArith::finish(Graph::Value v)
+{
+    if (wideRule())
+        finished_.insert(v);
+    return v;
+}
+
+Graph::Value ScalarArith::constant(Exact magnitude, const std::string& name)
+{
+    return graph_.constant(name, Kind::F64, {magnitude});
+}
+
+Graph::Value ScalarArith::partSum(Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
+{
+    if (inStatement(a) || inStatement(b))
+        return signedSum(graph_, operand(a), negA, operand(b), negB, negOut);
+    return signedSum(graph_, variable(a), negA, variable(b), negB, negOut);
+}
+
+// A product of v with a binary64 constant: inside an open statement, or as a
+// statement of its own.
+Graph::Value ScalarArith::partProduct(Graph::Value v, Exact magnitude, const std::string& name)
+{
+    const bool alone = !inStatement(v);
+    const Graph::Value p = graph_.mul(operand(v), constant(magnitude, name));
+    return alone ? finish(p) : p;
+}
+
+Cx ScalarArith::add(Cx a, Cx b)
+{
+    Cx r;
+    const auto sumOfParts = [&](Graph::Value x, bool negX, Graph::Value y, bool negY, bool& negOut) {
+        if (x < 0) {
+            negOut = negY;
+            return y;
+        }
+        if (y < 0) {
+            negOut = negX;
+            return x;
+        }
+        return partSum(x, negX, y, negY, negOut);
+    };
+    r.re = sumOfParts(a.re, a.negRe, b.re, b.negRe, r.negRe);
+    r.im = sumOfParts(a.im, a.negIm, b.im, b.negIm, r.negIm);
+    return r;
+}
+
+Cx ScalarArith::mulReal(Cx a, Trig c)
+{
+    const Exact value = c.value();
+    const std::string name = trigMagnitudeName(c.sine, c.num, c.den);
+    Cx r = a;
+    if (a.re >= 0)
+        r.re = partProduct(a.re, magnitude(value), name);
+    if (a.im >= 0)
+        r.im = partProduct(a.im, magnitude(value), name);
+    return value < 0 ? neg(r) : r;
+}
+
+Cx ScalarArith::timesW4(Cx a)
+{
+    if (direction_ == Direction::Forward) // -i (re, im) = (im, -re)
+        return Cx{a.im, a.re, a.negIm, !a.negRe};
+    return Cx{a.im, a.re, !a.negIm, a.negRe}; // +i (re, im) = (-im, re)
+}
+
+Cx ScalarArith::rotate(Cx a, int n, int e)
+{
+    const Rotation rotation = classifyRotation(n, exponentSign() * e);
+    switch (rotation.form) {
+    case RotationForm::Identity: return a;
+    case RotationForm::Negate: return neg(a);
+    case RotationForm::TimesI: return Cx{a.im, a.re, !a.negIm, a.negRe};
+    case RotationForm::TimesMinusI: return Cx{a.im, a.re, a.negIm, !a.negRe};
+    default: break;
+    }
+    const Trig c{false, rotation.r, n}, s{true, rotation.r, n};
+    // a * (c + i s) = (c re - s im) + i (s re + c im)
+    if (rotation.form == RotationForm::OddEighth) {
+        const bool cNeg = c.value() < 0, sNeg = s.value() < 0;
+        const Cx p = mulReal(a, Trig{false, 1, 8});
+        return add(Cx{p.re, p.re, p.negRe ^ cNeg, p.negRe ^ sNeg}, Cx{p.im, p.im, !(p.negIm ^ sNeg), p.negIm ^ cNeg});
+    }
+    const Cx wide = enterSum(a);
+    // The products carry the constants' signs as pending signs.
+    const Cx cA = mulReal(wide, c), sA = mulReal(wide, s);
+    return leaveSum(add(Cx{cA.re, sA.re, cA.negRe, sA.negRe}, Cx{sA.im, cA.im, !sA.negIm, cA.negIm}));
+}
+
+Cx ScalarArith::enterSum(Cx a)
+{
+    if (a.re >= 0)
+        a.re = operand(a.re);
+    if (a.im >= 0)
+        a.im = operand(a.im);
+    return a;
+}
+
+Cx ScalarArith::leaveSum(Cx a)
+{
+    if (a.re >= 0 && inStatement(a.re))
+        finish(a.re);
+    if (a.im >= 0 && inStatement(a.im))
+        finish(a.im);
+    return a;
+}
+
+Graph::Value ScalarArith::scale()
+{
+    if (scale_ < 0)
+        scale_ = graph_.scaleArg(element_);
+    return scale_;
+}
+
+Graph::Value ScalarArith::wideScale()
+{
+    if (wideScale_ < 0)
+        wideScale_ = graph_.widen(scale());
+    return wideScale_;
+}
+
+void ScalarArith::storeOutput(Graph::Value v, bool negative, int cell)
+{
+    if (v < 0)
+        throw std::logic_error("an output without a value");
+    // A finished binary64 statement takes the factor and the negation in.
+    const bool wide = graph_.kind(v) != element_;
+    const Kind kind = wide ? Kind::F64 : element_;
+    Graph::Value out = graph_.mul(v, wide ? wideScale() : scale());
+    if (negative)
+        out = graph_.sub(graph_.constant(wide ? "kZeroDouble" : "kZero", kind, {0}), out);
+    graph_.store(wide ? graph_.narrow(out) : out, cell);
+}
+
+void ScalarArith::storeZero(int cell) { graph_.store(graph_.constant("kZero", element_, {0}), cell); }
+
+} // namespace kernelgen

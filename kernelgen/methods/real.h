@@ -1,0 +1,44 @@
+// Methods on real data. A real signal is a Signal whose imaginary parts are
+// missing (see ScalarArith); a real transform of length n returns its half
+// spectrum, bins 0 .. n/2, the imaginary parts of bin 0 and (even n) bin
+// n/2 missing. Complex methods run on real data compute only what real data
+// needs, and what no kept bin uses is never stored, so never printed.
+#pragma once
+
+#include "methods/joins.h"
+
+namespace kernelgen {
+
+using RealTransform = Transform;
+
+// The half spectrum of a complex method run on real data.
+RealTransform halfOf(const Transform& complexMethod);
+
+// The even-odd recursion, N a power of two: with s[n] = x[n] + x[n+N/2] and
+// d[n] = x[n] - x[n+N/2], the even bins are the real transform `half` of s,
+// and the odd bins come from the complex size-N/4 transform `odd` of
+// z[n] = d[n] - i d[n+N/4]: its output j is X[4j+1], and conjugated
+// X[N-4j-1] where 4j+1 passes N/2. `odd` takes z untwisted.
+Signal evenOdd(ComplexArith& ar, const Signal& x, const RealTransform& half, const Transform& odd);
+
+// The odd-bin stage of N = 8 and 16: the twist W_N^n on z[n], then the
+// plain complex transform `plain` of size N/4.
+Transform twistThen(int N, const Transform& plain);
+
+// The odd-bin stage of N >= 32 in four steps, M = N/4 complex points,
+// r = M/4, point n + 4l: W_M^l on each point with l >= 1; the plain complex
+// r-point transform `across` over l for each n; W_N^(n(1+4q)) on its output
+// q for n >= 1; a plain complex 4-point transform over n, whose output p is
+// output q + r p of the stage.
+Transform fourStep(int N, const Transform& across);
+
+// Real data through a join (coprime or twiddled): the real transforms
+// `first` on the groups; twiddles on the bins they keep; then, for every
+// row k1 <= n1/2, the real transform `secondReal` where the row is real and
+// the complex one `secondComplex` elsewhere. The rows above n1/2 are the
+// conjugates of those below, so every bin above N/2 that a row gives is a
+// conjugate of one below, and every bin below is found.
+Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
+                const RealTransform& secondReal, const Transform& secondComplex);
+
+} // namespace kernelgen

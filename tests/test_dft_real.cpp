@@ -1,0 +1,251 @@
+// Properties every forward real kernel must have, expanded over the kernels
+// of the build (type, size, layout), flags and byte offsets.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "real_kernels.h"
+#include "test_support.h"
+
+using namespace tvktest;
+
+namespace {
+
+// Random real input of the kernel's element type, as bytes.
+std::vector<unsigned char> randomInput(const RealKernel& k, unsigned seed)
+{
+    std::vector<unsigned char> bytes(k.size * k.realBytes());
+    if (k.is64()) {
+        const auto v = randomReals<double>(k.size, seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    } else {
+        const auto v = randomReals<float>(k.size, seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    }
+    return bytes;
+}
+
+std::vector<unsigned char> filledInput(const RealKernel& k, long double value)
+{
+    std::vector<unsigned char> bytes(k.size * k.realBytes());
+    for (int i = 0; i < k.size; ++i)
+        setNumber(k, bytes.data(), i, value);
+    return bytes;
+}
+
+bool isPositiveZero(long double v) { return v == 0 && !std::signbit(v); }
+
+class RealForwardTest : public ::testing::TestWithParam<RealKernel> {
+protected:
+    const RealKernel& k = GetParam();
+    size_t inBytes() const { return k.size * k.realBytes(); }
+    size_t outBytes() const { return k.cells() * k.realBytes(); }
+    // The output cells, run out of place on 16-byte aligned arrays.
+    std::vector<unsigned char> run(const std::vector<unsigned char>& input, int flag) const
+    {
+        OffsetArray<unsigned char> src(inBytes(), 0), dst(outBytes(), 0);
+        src.copyFrom(input.data());
+        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusOk);
+        return dst.snapshot();
+    }
+};
+
+TEST_P(RealForwardTest, IsExported)
+{
+    EXPECT_NE(k.fn, nullptr) << k.name();
+}
+
+TEST_P(RealForwardTest, BadFlagsAndNullPointersLeaveArraysUntouched)
+{
+    const auto input = randomInput(k, 1);
+    OffsetArray<unsigned char> src(inBytes(), 0), dst(outBytes(), 0);
+    src.copyFrom(input.data());
+    dst.fillBytes(0xA5);
+    const auto dstBefore = dst.snapshot(32);
+    for (int flag : kBadFlags) {
+        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
+        EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
+        EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
+    }
+    EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
+    EXPECT_EQ(dst.snapshot(32), dstBefore);
+    EXPECT_EQ(0, std::memcmp(src.get(), input.data(), inBytes()));
+}
+
+TEST_P(RealForwardTest, DispatcherChecksTheSizeFirstThenRoutesToTheKernel)
+{
+    const auto input = randomInput(k, 2);
+    std::vector<unsigned char> viaKernel(outBytes()), viaDispatcher(outBytes());
+    ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
+    ASSERT_EQ(k.runDispatcher(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
+    EXPECT_EQ(viaKernel, viaDispatcher);
+    std::vector<unsigned char> untouched(outBytes(), 0x5A), dst = untouched;
+    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX})
+        EXPECT_EQ(k.runDispatcher(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
+    EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
+    EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, 3), StatusNullPointer);
+    EXPECT_EQ(dst, untouched);
+}
+
+// Against a long-double direct DFT, under every flag, to a bound a few
+// units of the element type times log2 N.
+TEST_P(RealForwardTest, AgreesWithTheDefinition)
+{
+    const long double eps = k.is64() ? std::numeric_limits<double>::epsilon() : std::numeric_limits<float>::epsilon();
+    for (unsigned seed = 0; seed < 3; ++seed) {
+        const auto input = randomInput(k, 10 + seed);
+        std::vector<std::complex<long double>> x(k.size);
+        for (int i = 0; i < k.size; ++i)
+            x[i] = numberAt(k, input.data(), i);
+        const auto X = directDft(x, false);
+        for (int flag : kGoodFlags) {
+            const auto out = run(input, flag);
+            const long double f = forwardScale(k, flag);
+            const long double bound = 8 * eps * std::log2(static_cast<long double>(k.size) + 1) * std::sqrt(k.size) * f;
+            for (int b = 0; 2 * b <= k.size; ++b)
+                for (bool imaginary : {false, true}) {
+                    const int cell = cellOf(k.layout, k.size, b, imaginary);
+                    if (cell < 0)
+                        continue;
+                    const long double want = (imaginary ? X[b].imag() : X[b].real()) * f;
+                    EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), cell)), static_cast<double>(want),
+                                static_cast<double>(bound))
+                        << (imaginary ? "I[" : "R[") << b << "] flag " << flag;
+                }
+        }
+    }
+}
+
+// The tests of one size and type across layouts, run from its CCS kernel.
+using RealForwardSizeTest = RealForwardTest;
+
+// A value has the same bits in every layout; Pack and Perm are one array at
+// odd N and at 2.
+TEST_P(RealForwardSizeTest, SameValueBitsInEveryLayout)
+{
+    const auto input = randomInput(k, 3);
+    std::vector<std::vector<unsigned char>> outs;
+    for (Layout l : kLayouts) {
+        RealKernel other = k;
+        other.layout = l;
+        other.fn = dlsym(RTLD_DEFAULT, other.name().c_str());
+        ASSERT_NE(other.fn, nullptr) << other.name();
+        std::vector<unsigned char> out(other.cells() * k.realBytes());
+        ASSERT_EQ(other.run(input.data(), out.data(), ScaleDivForwardByN), StatusOk);
+        outs.push_back(out);
+    }
+    const int bytes = k.realBytes();
+    for (int b = 0; 2 * b <= k.size; ++b)
+        for (bool imaginary : {false, true}) {
+            const int ccs = cellOf(Layout::CCS, k.size, b, imaginary);
+            for (int l = 1; l < 3; ++l) {
+                const int cell = cellOf(kLayouts[l], k.size, b, imaginary);
+                if (cell >= 0)
+                    EXPECT_EQ(0, std::memcmp(&outs[0][ccs * bytes], &outs[l][cell * bytes], bytes))
+                        << layoutName(kLayouts[l]) << (imaginary ? " I[" : " R[") << b << "]";
+            }
+        }
+    if (k.size % 2 == 1 || k.size == 2)
+        EXPECT_EQ(outs[1], outs[2]);
+}
+
+// CCS cells 1 and (even N) N+1 hold +0.0 stored as a constant: no input
+// reaches them, not a NaN or an infinity.
+TEST_P(RealForwardSizeTest, ConstantCellsOfCcsStayPositiveZero)
+{
+    for (long double value : {0.0L, std::numeric_limits<long double>::quiet_NaN(),
+                              std::numeric_limits<long double>::infinity(), -1.0L}) {
+        const auto out = run(filledInput(k, value), ScaleNoDivide);
+        EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), 1))) << "input " << static_cast<double>(value);
+        if (k.size % 2 == 0)
+            EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), k.size + 1)));
+    }
+}
+
+// An impulse gives the bare factor in every real cell and +0.0 in every
+// imaginary one; zeros give +0.0 everywhere, also where the graph ends in
+// a negation.
+TEST_P(RealForwardTest, ImpulseAndZeroInput)
+{
+    for (int flag : kGoodFlags) {
+        std::vector<unsigned char> impulse = filledInput(k, 0);
+        setNumber(k, impulse.data(), 0, 1);
+        const auto out = run(impulse, flag);
+        const long double f = forwardScale(k, flag);
+        for (int b = 0; 2 * b <= k.size; ++b) {
+            const int re = cellOf(k.layout, k.size, b, false), im = cellOf(k.layout, k.size, b, true);
+            EXPECT_EQ(numberAt(k, out.data(), re), f) << "R[" << b << "] flag " << flag;
+            if (im >= 0)
+                EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), im))) << "I[" << b << "] flag " << flag;
+        }
+        const auto zeros = run(filledInput(k, 0), flag);
+        for (int c = 0; c < k.cells(); ++c)
+            EXPECT_TRUE(isPositiveZero(numberAt(k, zeros.data(), c))) << "cell " << c << " flag " << flag;
+    }
+}
+
+// Every byte address of src and dst, and in-place calls, give the bytes of
+// the aligned out-of-place call; nothing behind the layout's last cell
+// changes.
+TEST_P(RealForwardTest, AnyAddressAndInPlaceGiveTheSameBytes)
+{
+    const auto input = randomInput(k, 4);
+    const auto reference = run(input, ScaleDivBySqrtN);
+    const size_t room = std::max(inBytes(), outBytes());
+    for (int srcOffset : kOffsets)
+        for (int dstOffset : kOffsets) {
+            OffsetArray<unsigned char> src(inBytes(), srcOffset), dst(outBytes(), dstOffset);
+            src.copyFrom(input.data());
+            dst.fillBytes(0xC3);
+            ASSERT_EQ(k.run(src.get(), dst.get(), ScaleDivBySqrtN), StatusOk);
+            const auto out = dst.snapshot(32);
+            EXPECT_EQ(0, std::memcmp(out.data(), reference.data(), outBytes()))
+                << "offsets " << srcOffset << ", " << dstOffset;
+            for (size_t i = outBytes(); i < out.size(); ++i)
+                ASSERT_EQ(out[i], 0xC3) << "byte " << i << " behind the layout";
+        }
+    for (int offset : kOffsets) {
+        OffsetArray<unsigned char> both(room, offset);
+        both.fillBytes(0x3C);
+        both.copyFrom(input.data());
+        ASSERT_EQ(k.run(both.get(), both.get(), ScaleDivBySqrtN), StatusOk);
+        const auto out = both.snapshot(32);
+        EXPECT_EQ(0, std::memcmp(out.data(), reference.data(), outBytes())) << "in place, offset " << offset;
+        for (size_t i = room; i < out.size(); ++i)
+            ASSERT_EQ(out[i], 0x3C) << "byte " << i << " behind the array";
+    }
+}
+
+// Flags 2 and 8 give the same bytes in forward kernels; flag 1 multiplies by
+// the stored 1/N.
+TEST_P(RealForwardTest, FlagsPickTheirFactors)
+{
+    const auto input = randomInput(k, 5);
+    EXPECT_EQ(run(input, ScaleDivInverseByN), run(input, ScaleNoDivide));
+    std::vector<unsigned char> impulse = filledInput(k, 0);
+    setNumber(k, impulse.data(), 0, 1);
+    const auto out = run(impulse, ScaleDivForwardByN);
+    const long double stored = k.is64() ? 1.0 / k.size : 1.0f / static_cast<float>(k.size);
+    EXPECT_EQ(numberAt(k, out.data(), 0), stored);
+}
+
+std::vector<RealKernel> ccsKernels()
+{
+    std::vector<RealKernel> ccs;
+    for (const RealKernel& k : builtRealForwardKernels())
+        if (k.layout == Layout::CCS)
+            ccs.push_back(k);
+    return ccs;
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, RealForwardTest, ::testing::ValuesIn(builtRealForwardKernels()),
+                         [](const auto& info) { return realKernelLabel(info.param); });
+INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest, ::testing::ValuesIn(ccsKernels()),
+                         [](const auto& info) { return realKernelLabel(info.param); });
+
+} // namespace
