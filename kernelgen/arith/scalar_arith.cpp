@@ -8,22 +8,62 @@
 namespace kernelgen {
 
 ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding)
-    : ComplexArith(graph, direction, rounding), element_(element)
+    : ScalarArith(graph, direction, element, rounding, std::make_shared<Statements>())
+{
+}
+
+ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding,
+                         std::shared_ptr<Statements> statements)
+    : ComplexArith(graph, direction, rounding), element_(element), s_(std::move(statements))
 {
     if (isVector(element))
         throw std::logic_error("scalar arithmetic on a vector kind");
+}
+
+std::unique_ptr<ComplexArith> ScalarArith::reversed() const
+{
+    const Direction other = direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward;
+    return std::unique_ptr<ComplexArith>(new ScalarArith(graph_, other, element_, rounding_, s_));
+}
+
+Cx ScalarArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+{
+    // Inside a sum the products stay open; alone they are a statement.
+    const bool alone = !(a.re >= 0 && inStatement(a.re)) && !(a.im >= 0 && inStatement(a.im));
+    const Cx wide = enterSum(a);
+    Cx sum; // parts missing: exact zeros
+    if (re != 0) {
+        Cx p = wide;
+        if (p.re >= 0)
+            p.re = partProduct(p.re, magnitude(re), name + "Re");
+        if (p.im >= 0)
+            p.im = partProduct(p.im, magnitude(re), name + "Re");
+        sum = re < 0 ? neg(p) : p;
+    }
+    if (im != 0) {
+        // i im (x + i y) = (-im y, im x)
+        Cx q = timesW4(wide);
+        if (direction_ == Direction::Forward)
+            q = neg(q); // timesW4 is -i forward
+        if (q.re >= 0)
+            q.re = partProduct(q.re, magnitude(im), name + "Im");
+        if (q.im >= 0)
+            q.im = partProduct(q.im, magnitude(im), name + "Im");
+        sum = add(sum, im < 0 ? neg(q) : q);
+    }
+    return alone ? leaveSum(sum) : sum;
 }
 
 Graph::Value ScalarArith::variable(Graph::Value v)
 {
     if (graph_.kind(v) == element_)
         return v;
-    if (!finished_.count(v))
+    if (!s_->finished.count(v))
         throw std::logic_error("a statement's value used before the statement ends");
-    const auto known = rounded_.find(v);
-    if (known != rounded_.end())
+    const auto known = s_->rounded.find(v);
+    if (known != s_->rounded.end())
         return known->second;
-    return rounded_[v] = graph_.narrow(v);
+    return s_->rounded[v] = graph_.narrow(v);
 }
 
 Graph::Value ScalarArith::operand(Graph::Value v)
@@ -31,16 +71,16 @@ Graph::Value ScalarArith::operand(Graph::Value v)
     if (!wideRule() || inStatement(v))
         return v;
     const Graph::Value x = variable(v);
-    const auto known = widened_.find(x);
-    if (known != widened_.end())
+    const auto known = s_->widened.find(x);
+    if (known != s_->widened.end())
         return known->second;
-    return widened_[x] = graph_.widen(x);
+    return s_->widened[x] = graph_.widen(x);
 }
 
 Graph::Value ScalarArith::finish(Graph::Value v)
 {
     if (wideRule())
-        finished_.insert(v);
+        s_->finished.insert(v);
     return v;
 }
 
@@ -146,16 +186,16 @@ Cx ScalarArith::leaveSum(Cx a)
 
 Graph::Value ScalarArith::scale()
 {
-    if (scale_ < 0)
-        scale_ = graph_.scaleArg(element_);
-    return scale_;
+    if (s_->scale < 0)
+        s_->scale = graph_.scaleArg(element_);
+    return s_->scale;
 }
 
 Graph::Value ScalarArith::wideScale()
 {
-    if (wideScale_ < 0)
-        wideScale_ = graph_.widen(scale());
-    return wideScale_;
+    if (s_->wideScale < 0)
+        s_->wideScale = graph_.widen(scale());
+    return s_->wideScale;
 }
 
 void ScalarArith::storeOutput(Graph::Value v, bool negative, int cell)

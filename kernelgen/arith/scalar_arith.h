@@ -15,7 +15,9 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <set>
+#include <string>
 
 #include "arith/complex_arith.h"
 
@@ -34,6 +36,12 @@ public:
     // statement, then binary32 sums.
     Cx rotate(Cx a, int n, int e) override;
     Cx zero() override { return Cx{}; }
+    // a (re + i im) with binary64 constants: 4 products and 2 sums, each
+    // output part one statement (or part of the open one a is in); a
+    // missing or zero part costs nothing.
+    Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
+    // The opposite direction on the same graph, sharing the statements.
+    std::unique_ptr<ComplexArith> reversed() const override;
     Cx enterSum(Cx a) override;
     Cx leaveSum(Cx a) override;
 
@@ -44,8 +52,20 @@ public:
     void storeZero(int cell);
 
 private:
+    // Statement results and the type changes made for them, shared by the
+    // arithmetics of both directions on one graph.
+    struct Statements {
+        std::set<Graph::Value> finished;
+        std::map<Graph::Value, Graph::Value> rounded; // statement result -> its binary32 variable
+        std::map<Graph::Value, Graph::Value> widened; // binary32 variable -> its exact binary64 operand
+        Graph::Value scale = -1;
+        Graph::Value wideScale = -1;
+    };
+    ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding,
+                std::shared_ptr<Statements> statements);
+
     bool wideRule() const { return element_ == Kind::F32 && rounding_.wideSums(); }
-    bool inStatement(Graph::Value v) const { return graph_.kind(v) != element_ && !finished_.count(v); }
+    bool inStatement(Graph::Value v) const { return graph_.kind(v) != element_ && !s_->finished.count(v); }
     // v as a variable of the element type: a finished statement is rounded.
     Graph::Value variable(Graph::Value v);
     // v as an operand of a statement with products: widened exactly.
@@ -58,11 +78,7 @@ private:
     Graph::Value wideScale();
 
     Kind element_;
-    std::set<Graph::Value> finished_;
-    std::map<Graph::Value, Graph::Value> rounded_;  // statement result -> its binary32 variable
-    std::map<Graph::Value, Graph::Value> widened_;  // binary32 variable -> its exact binary64 operand
-    Graph::Value scale_ = -1;
-    Graph::Value wideScale_ = -1;
+    std::shared_ptr<Statements> s_;
 };
 
 } // namespace kernelgen

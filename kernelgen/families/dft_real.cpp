@@ -9,6 +9,7 @@
 #include "arith/scalar_arith.h"
 #include "layout/real_spectrum.h"
 #include "methods/codelets.h"
+#include "methods/convolution.h"
 #include "methods/real.h"
 
 namespace kernelgen {
@@ -59,18 +60,44 @@ std::string part(int n, const RealRoad& road, bool codelet)
     return codelet ? std::to_string(n) : std::to_string(n) + " (" + road.words + ")";
 }
 
+const std::map<int, RealRoad>& roads();
+Transform complexOf(int n);
+
 // A join of real data: the first stage on the input, the second across.
+// The complex transforms of its stages are looked up when the join runs,
+// so that a stage may be a prime whose road is defined later.
 RealRoad joinRoad(const JoinMap& map, const char* how, const RealRoad& first, bool firstCodelet,
                   const RealRoad& second, bool secondCodelet)
 {
     const RealTransform f = first.real, sr = second.real;
-    const Transform sc = second.complex, fc = first.complex;
     RealRoad road;
     road.words = part(map.n1, first, firstCodelet) + " then " + part(map.n2, second, secondCodelet) + ", " + how;
-    road.real = [=](ComplexArith& ar, const Signal& x) { return realJoin(ar, x, map, f, sr, sc); };
-    if (fc && sc)
-        road.complex = [=](ComplexArith& ar, const Signal& x) { return join(ar, x, map, Stage(fc), Stage(sc)); };
+    road.real = [=](ComplexArith& ar, const Signal& x) { return realJoin(ar, x, map, f, sr, complexOf(map.n2)); };
+    road.complex = [=](ComplexArith& ar, const Signal& x) {
+        return join(ar, x, map, Stage(complexOf(map.n1)), Stage(complexOf(map.n2)));
+    };
     return road;
+}
+
+// The complex transform of size n inside this family: the road's own, or
+// for a prime from 13 the convolution form over the one of size p-1.
+Transform complexOf(int n)
+{
+    const RealRoad& road = roads().at(n);
+    if (road.complex)
+        return road.complex;
+    return [n](ComplexArith& ar, const Signal& x) { return convolution(ar, x, complexOf(n - 1)); };
+}
+
+// A prime from 13: the convolution form on real data, nesting the real
+// transform of size p-1 and the complex one for its way back.
+RealRoad convolutionRoad(int p)
+{
+    return {"convolution form over " + std::to_string(p - 1),
+            [p](ComplexArith& ar, const Signal& x) {
+                return realConvolution(ar, x, roads().at(p - 1).real, complexOf(p - 1));
+            },
+            nullptr};
 }
 
 const std::map<int, RealRoad>& roads()
@@ -90,12 +117,17 @@ const std::map<int, RealRoad>& roads()
         r[8] = evenOddRoad(8, r[4]);
         r[8].complex = [](ComplexArith& ar, const Signal& x) { return road8(ar, x); };
         r[16] = evenOddRoad(16, r[8]);
+        r[16].complex = [](ComplexArith& ar, const Signal& x) {
+            return join(ar, x, twiddledMap(4, 4), Stage(plainDft4()), Stage(plainDft4()));
+        };
         r[32] = evenOddRoad(32, r[16]);
         r[64] = evenOddRoad(64, r[32]);
         r[9] = primePower(3, 3);
         r[25] = primePower(5, 5);
         r[27] = primePower(3, 9);
         r[49] = primePower(7, 7);
+        for (int p : {13, 17, 19, 23, 29, 31, 37, 41, 43, 47, 53, 59, 61})
+            r[p] = convolutionRoad(p);
         // Good-Thomas sizes, the stage on the input first.
         r[6] = coprime(3, 2);
         r[10] = coprime(5, 2);
@@ -107,21 +139,31 @@ const std::map<int, RealRoad>& roads()
         r[21] = coprime(7, 3);
         r[22] = coprime(2, 11);
         r[24] = coprime(3, 8);
+        r[26] = coprime(13, 2);
         r[28] = coprime(4, 7);
         r[30] = coprime(5, 6);
         r[33] = coprime(11, 3);
+        r[34] = coprime(2, 17);
         r[35] = coprime(7, 5);
         r[36] = coprime(9, 4);
+        r[38] = coprime(19, 2);
+        r[39] = coprime(13, 3);
         r[40] = coprime(8, 5);
         r[42] = coprime(7, 6);
         r[44] = coprime(11, 4);
         r[45] = coprime(5, 9);
+        r[46] = coprime(2, 23);
         r[48] = coprime(16, 3);
         r[50] = coprime(25, 2);
+        r[51] = coprime(17, 3);
+        r[52] = coprime(13, 4);
         r[54] = coprime(2, 27);
         r[55] = coprime(11, 5);
         r[56] = coprime(7, 8);
+        r[57] = coprime(19, 3);
+        r[58] = coprime(2, 29);
         r[60] = coprime(3, 20);
+        r[62] = coprime(31, 2);
         r[63] = coprime(7, 9);
         return r;
     }();

@@ -1,10 +1,12 @@
 #include "methods/real.h"
 
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "methods/codelets.h"
+#include "methods/convolution.h"
 
 namespace kernelgen {
 
@@ -159,6 +161,35 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
                 X.set(map.output(k1, k2), Z[k2]);
         }
     }
+    return X.bins();
+}
+
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const Transform& inverse)
+{
+    const int p = static_cast<int>(x.size()), m = p - 1, g = primitiveRoot(p);
+    std::optional<SectionScope> section;
+    section.emplace(ar.graph(), "real size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
+    const Signal U = forward(ar, rootOrder(x));
+    HalfSpectrum X(p);
+    X.set(0, ar.add(x[0], U[0]));
+    section.emplace(ar.graph(), "spectrum products");
+    Signal V(m);
+    for (int k = 0; 2 * k <= m; ++k) {
+        Exact re, im;
+        spectrumConstant(p, k, ar.exponentSign(), re, im);
+        // T = x[0] + D[0] U[0] is one statement.
+        const Cx u = k == 0 ? ar.enterSum(U[0]) : U[k];
+        V[k] = ar.mulComplex(u, re, im, spectrumName(p, k));
+    }
+    V[0] = ar.leaveSum(ar.add(ar.enterSum(x[0]), V[0]));
+    for (int k = 1; 2 * k < m; ++k)
+        V[m - k] = k % 2 ? ComplexArith::neg(conj(V[k])) : conj(V[k]);
+    section.emplace(ar.graph(), "inverse complex size-" + std::to_string(m) + " transform");
+    const auto back = ar.reversed();
+    const Signal y = inverse(*back, V);
+    // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
+    for (int r = 0; 2 * r < m; ++r)
+        X.set(powMod(g, (m - r) % m, p), y[r]);
     return X.bins();
 }
 

@@ -41,4 +41,12 @@ Transform fourStep(int N, const Transform& across);
 Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
                 const RealTransform& secondReal, const Transform& secondComplex);
 
+// The convolution form of a prime p on real data, over m = p-1 and g the
+// smallest primitive root: U, the real size-m transform `forward` of
+// u[j] = x[g^j]; R[0] = x[0] + U[0]; the value T = x[0] + D[0] U[0] in place
+// of bin 0; U[k] times the spectrum constant D[k] for k <= m/2, and the
+// bins above from V[m-k] = (-1)^k conj V[k]; then the inverse complex
+// size-m transform `inverse` of V, whose outputs r < m/2 are X[g^-r].
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const Transform& inverse);
+
 } // namespace kernelgen
