@@ -20,6 +20,11 @@ ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, Roundi
         throw std::logic_error("scalar arithmetic on a vector kind");
 }
 
+std::unique_ptr<ScalarArith> ScalarArith::onGraph(Graph& graph) const
+{
+    return std::make_unique<ScalarArith>(graph, direction_, element_, rounding_);
+}
+
 std::unique_ptr<ComplexArith> ScalarArith::reversed() const
 {
     const Direction other = direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward;

@@ -45,6 +45,13 @@ public:
     Cx enterSum(Cx a) override;
     Cx leaveSum(Cx a) override;
 
+    // v as a variable of the element type: a finished statement is
+    // rounded, once.
+    Graph::Value variable(Graph::Value v);
+    // The same arithmetic on a graph of its own (a block to transform apart).
+    std::unique_ptr<ScalarArith> onGraph(Graph& graph) const;
+    Kind element() const { return element_; }
+
     // Output: v (negated as 0 - v after the factor where `negative`) times
     // the factor into `cell` of dst.
     void storeOutput(Graph::Value v, bool negative, int cell);
@@ -66,8 +73,6 @@ private:
 
     bool wideRule() const { return element_ == Kind::F32 && rounding_.wideSums(); }
     bool inStatement(Graph::Value v) const { return graph_.kind(v) != element_ && !s_->finished.count(v); }
-    // v as a variable of the element type: a finished statement is rounded.
-    Graph::Value variable(Graph::Value v);
     // v as an operand of a statement with products: widened exactly.
     Graph::Value operand(Graph::Value v);
     Graph::Value finish(Graph::Value v);

@@ -2,14 +2,6 @@
 
 namespace kernelgen {
 
-Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
-{
-    negOut = negA && negB;
-    if (negA == negB)
-        return g.add(a, b);
-    return negB ? g.sub(a, b) : g.sub(b, a);
-}
-
 Rotation classifyRotation(int n, int e)
 {
     const int r = ((e % n) + n) % n;

@@ -1,6 +1,6 @@
-// The sign and rotation rules that every complex arithmetic shares: a
-// pending sign folds into the next sum, and a rotation W_n^e takes the
-// cheapest form its angle allows.
+// The rotation rule that every complex arithmetic shares: a rotation W_n^e
+// takes the cheapest form its angle allows. (Pending signs fold into sums
+// through signedSum, core/graph.h.)
 #pragma once
 
 #include "core/graph.h"
@@ -8,9 +8,6 @@
 namespace kernelgen {
 
 inline Exact magnitude(Exact x) { return x < 0 ? -x : x; }
-
-// a*sign(a) + b*sign(b) as one addition or subtraction and a pending sign.
-Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut);
 
 // W_n^r with r reduced into 0..n-1.
 enum class RotationForm {

@@ -171,6 +171,14 @@ Graph Graph::remapStores(const std::function<int(int)>& cellOf) const
     return out;
 }
 
+Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
+{
+    negOut = negA && negB;
+    if (negA == negB)
+        return g.add(a, b);
+    return negB ? g.sub(a, b) : g.sub(b, a);
+}
+
 std::vector<bool> Graph::liveNodes() const
 {
     std::vector<bool> live(nodes_.size(), false);

@@ -150,6 +150,10 @@ private:
     std::vector<int> openSections_; // the section of each open level
 };
 
+// a*sign(a) + b*sign(b) as one addition or subtraction and a pending sign:
+// how every builder folds a pending negation into the next sum.
+Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut);
+
 // Opens a section for the lifetime of the scope.
 class SectionScope {
 public:

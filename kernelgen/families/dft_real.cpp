@@ -90,12 +90,18 @@ Transform complexOf(int n)
 }
 
 // A prime from 13: the convolution form on real data, nesting the real
-// transform of size p-1 and the complex one for its way back.
+// transform of size m = p-1, and for its way back the transposed real
+// transform of size m/2 and the transposed half-bin transform of size m/2
+// (the twisted complex size-m/4 stage for even m/2, the real size-m/2
+// transform for odd m/2).
 RealRoad convolutionRoad(int p)
 {
     return {"convolution form over " + std::to_string(p - 1),
             [p](ComplexArith& ar, const Signal& x) {
-                return realConvolution(ar, x, roads().at(p - 1).real, complexOf(p - 1));
+                const int m = p - 1, n = m / 2;
+                const RealTransform halfBin = n % 2 ? halfBinOdd(roads().at(n).real)
+                                                    : halfBinEven(twistThen(m, complexOf(n / 2)));
+                return realConvolution(ar, x, roads().at(m).real, roads().at(n).real, halfBin);
             },
             nullptr};
 }

@@ -5,6 +5,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "arith/scalar_arith.h"
+#include "core/inline.h"
+#include "core/transpose.h"
 #include "methods/codelets.h"
 #include "methods/convolution.h"
 
@@ -34,20 +37,22 @@ public:
         else
             conjugate_.emplace(n_ - k, conj(value));
     }
+    // Bin k <= n/2, as found.
+    Cx bin(int k) const
+    {
+        const auto d = direct_.find(k);
+        if (d != direct_.end())
+            return d->second;
+        const auto c = conjugate_.find(k);
+        if (c == conjugate_.end())
+            throw std::logic_error("bin " + std::to_string(k) + " of a real transform not found");
+        return c->second;
+    }
     Signal bins() const
     {
         Signal X(n_ / 2 + 1);
-        for (int k = 0; 2 * k <= n_; ++k) {
-            const auto d = direct_.find(k);
-            if (d != direct_.end()) {
-                X[k] = d->second;
-                continue;
-            }
-            const auto c = conjugate_.find(k);
-            if (c == conjugate_.end())
-                throw std::logic_error("bin " + std::to_string(k) + " of a real transform not found");
-            X[k] = c->second;
-        }
+        for (int k = 0; 2 * k <= n_; ++k)
+            X[k] = bin(k);
         return X;
     }
 
@@ -164,32 +169,133 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
     return X.bins();
 }
 
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const Transform& inverse)
+Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins)
 {
-    const int p = static_cast<int>(x.size()), m = p - 1, g = primitiveRoot(p);
+    auto* scalar = dynamic_cast<ScalarArith*>(&ar);
+    if (!scalar)
+        throw std::logic_error("a transposed block needs the scalar arithmetic");
+    // The forward block apart: loads 0 .. n-1, the parts of bin k stored
+    // bare to cells 2k and 2k + 1, with the sign each comes back with.
+    Graph block;
+    const auto blockArith = scalar->onGraph(block);
+    Signal x(n);
+    for (int i = 0; i < n; ++i)
+        x[i] = Cx{block.load(scalar->element(), i)};
+    const Signal X = forward(*blockArith, x);
+    std::map<int, bool> negative;
+    const auto storeBare = [&](Graph::Value v, bool neg, int cell) {
+        if (v < 0)
+            return;
+        block.store(blockArith->variable(v), cell);
+        negative[cell] = neg;
+    };
+    for (size_t k = 0; k < bins.size(); ++k) {
+        storeBare(X[k].re, X[k].negRe, 2 * static_cast<int>(k));
+        storeBare(X[k].im, X[k].negIm, 2 * static_cast<int>(k) + 1);
+    }
+    // Its transpose reads those cells; a cell stored negated takes its
+    // input negated.
+    std::map<int, SignedValue> inputs;
+    for (const auto& [cell, neg] : negative) {
+        const Cx& bin = bins[cell / 2];
+        const Graph::Value part = cell % 2 ? bin.im : bin.re;
+        const bool partNeg = cell % 2 ? bin.negIm : bin.negRe;
+        inputs[cell] = part < 0 ? SignedValue{} : SignedValue{scalar->variable(part), partNeg != neg};
+    }
+    const std::map<int, SignedValue> out = inlineGraph(ar.graph(), transpose(block), inputs);
+    Signal y(n);
+    for (int r = 0; r < n; ++r) {
+        const auto found = out.find(r);
+        if (found != out.end())
+            y[r] = Cx{found->second.value, -1, found->second.negative, false};
+    }
+    return y;
+}
+
+RealTransform halfBinEven(const Transform& odd)
+{
+    return [odd](ComplexArith& ar, const Signal& d) {
+        const int n = static_cast<int>(d.size()), half = n / 2;
+        Signal z(half);
+        for (int q = 0; q < half; ++q)
+            z[q] = Cx{d[q].re, d[q + half].re, d[q].negRe, !d[q + half].negRe};
+        const Signal Z = odd(ar, z);
+        // Output j of the odd-bin stage is bin 4j + 1 of size 2n; those past
+        // n are conjugates of bins 4j + 3 below.
+        HalfSpectrum X(2 * n);
+        for (int j = 0; j < half; ++j)
+            X.set(4 * j + 1, Z[j]);
+        Signal H(half);
+        for (int j = 0; j < half; ++j)
+            H[j] = X.bin(2 * j + 1);
+        return H;
+    };
+}
+
+RealTransform halfBinOdd(const RealTransform& real)
+{
+    return [real](ComplexArith& ar, const Signal& d) {
+        const int n = static_cast<int>(d.size()), h = (n - 1) / 2;
+        Signal flipped = d;
+        for (int r = 1; r < n; r += 2)
+            flipped[r] = ComplexArith::neg(flipped[r]);
+        const Signal X = real(ar, flipped);
+        // Frequency 2j + 1 of 2n is n + 2(j - h) mod 2n: bin j - h mod n of
+        // the flipped transform.
+        Signal H(h + 1);
+        for (int j = 0; j < h; ++j)
+            H[j] = conj(X[h - j]);
+        H[h] = X[0];
+        return H;
+    };
+}
+
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& half,
+                       const RealTransform& halfBin)
+{
+    const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2, g = primitiveRoot(p);
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), "real size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
     const Signal U = forward(ar, rootOrder(x));
     HalfSpectrum X(p);
     X.set(0, ar.add(x[0], U[0]));
+
     section.emplace(ar.graph(), "spectrum products");
-    Signal V(m);
-    for (int k = 0; 2 * k <= m; ++k) {
+    // Cells of the two blocks: bin k of the products goes to bin k/2 of the
+    // even block or bin (k-1)/2 of the half-bin block.
+    Signal even(n / 2 + 1), odd((n + 1) / 2);
+    for (int k = 0; k <= n; ++k) {
         Exact re, im;
         spectrumConstant(p, k, ar.exponentSign(), re, im);
-        // T = x[0] + D[0] U[0] is one statement.
-        const Cx u = k == 0 ? ar.enterSum(U[0]) : U[k];
-        V[k] = ar.mulComplex(u, re, im, spectrumName(p, k));
+        std::string name = spectrumName(p, k);
+        if (k > 0 && k < n) {
+            re *= 2;
+            im *= 2;
+            name += "Twice";
+        }
+        if (k % 2) { // times -i: (re + i im)(-i) = im - i re
+            const Exact r = re;
+            re = im;
+            im = -r;
+            name += "TimesMinusI";
+        }
+        if (k == 0) // T = x[0] + D[0] U[0], one statement
+            even[0] = ar.leaveSum(ar.add(ar.enterSum(x[0]), ar.mulComplex(ar.enterSum(U[0]), re, im, name)));
+        else if (k % 2 == 0)
+            even[k / 2] = ar.mulComplex(U[k], re, im, name);
+        else
+            odd[(k - 1) / 2] = ar.mulComplex(U[k], re, im, name);
     }
-    V[0] = ar.leaveSum(ar.add(ar.enterSum(x[0]), V[0]));
-    for (int k = 1; 2 * k < m; ++k)
-        V[m - k] = k % 2 ? ComplexArith::neg(conj(V[k])) : conj(V[k]);
-    section.emplace(ar.graph(), "inverse complex size-" + std::to_string(m) + " transform");
-    const auto back = ar.reversed();
-    const Signal y = inverse(*back, V);
+    // Bin m/2 of the products is real (D[m/2] real, m/2 even) or, times -i,
+    // real again (D[m/2] imaginary, m/2 odd): one cell of one block.
+
+    section.emplace(ar.graph(), "transposed real size-" + std::to_string(n) + " transform: the real parts");
+    const Signal re = transposedBlock(ar, half, n, even);
+    section.emplace(ar.graph(), "transposed half-bin size-" + std::to_string(n) + " transform: the imaginary parts");
+    const Signal imag = transposedBlock(ar, halfBin, n, odd);
     // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
-    for (int r = 0; 2 * r < m; ++r)
-        X.set(powMod(g, (m - r) % m, p), y[r]);
+    for (int r = 0; r < n; ++r)
+        X.set(powMod(g, (m - r) % m, p), Cx{re[r].re, imag[r].re, re[r].negRe, imag[r].negRe});
     return X.bins();
 }
 

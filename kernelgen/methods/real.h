@@ -41,12 +41,34 @@ Transform fourStep(int N, const Transform& across);
 Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
                 const RealTransform& secondReal, const Transform& secondComplex);
 
+// The adjoint of a real block inside a kernel: `forward` maps n reals to a
+// half spectrum of `bins` bins; applied to given bins (their parts as the
+// spectrum's cells, a missing part a zero), its transposed graph gives n
+// reals. The block is built on a graph of its own, transposed, and copied
+// in: the data flow backwards through the forward method.
+Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins);
+
+// The half-bin transform of n reals, H[j] = sum_r d[r] W_2n^(r(2j+1)),
+// j < n/2 (rounded up; for odd n the last bin is real): the odd bins of a
+// real transform of size 2n whose second half is zero.
+// Even n: the odd-bin stage `odd` of the even-odd recursion of size 2n
+// (taking z untwisted). Odd n: the real transform `real` of size n on
+// (-1)^r d[r], its bins read backwards and conjugated.
+RealTransform halfBinEven(const Transform& odd);
+RealTransform halfBinOdd(const RealTransform& real);
+
 // The convolution form of a prime p on real data, over m = p-1 and g the
-// smallest primitive root: U, the real size-m transform `forward` of
-// u[j] = x[g^j]; R[0] = x[0] + U[0]; the value T = x[0] + D[0] U[0] in place
-// of bin 0; U[k] times the spectrum constant D[k] for k <= m/2, and the
-// bins above from V[m-k] = (-1)^k conj V[k]; then the inverse complex
-// size-m transform `inverse` of V, whose outputs r < m/2 are X[g^-r].
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const Transform& inverse);
+// smallest primitive root:
+//  1. U = the real size-m transform `forward` of u[j] = x[g^j];
+//  2. R[0] = x[0] + U[0], and T = x[0] + D[0] U[0] (D[0] = -1/m);
+//  3. V[k] = U[k] D[k] for 0 < k <= m/2, with the spectrum constants of the
+//     convolution form: doubled for the bins below m/2, and times -i for
+//     the odd ones;
+//  4. with y the inverse transform of the whole product spectrum, whose
+//     outputs r < m/2 are X[g^-r] - x[0]: Re y[r] is the transposed real
+//     size-m/2 transform `half` of the even bins (T in bin 0), Im y[r] the
+//     transposed half-bin transform `halfBin` of the odd ones.
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& half,
+                       const RealTransform& halfBin);
 
 } // namespace kernelgen

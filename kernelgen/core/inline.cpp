@@ -1,0 +1,52 @@
+#include "core/inline.h"
+
+#include <stdexcept>
+#include <vector>
+
+namespace kernelgen {
+
+std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const std::map<int, SignedValue>& inputs)
+{
+    const std::vector<bool> live = sub.liveNodes();
+    std::vector<SignedValue> copy(sub.nodes().size());
+    std::map<int, SignedValue> outputs;
+    for (size_t i = 0; i < sub.nodes().size(); ++i) {
+        if (!live[i])
+            continue;
+        const Node& n = sub.nodes()[i];
+        const SignedValue a = n.a >= 0 ? copy[n.a] : SignedValue{}, b = n.b >= 0 ? copy[n.b] : SignedValue{};
+        SignedValue& out = copy[i];
+        // A missing value is an exact zero: it drops out of sums and
+        // products, as a missing part does in the scalar arithmetic.
+        const bool zeroA = n.a >= 0 && a.value < 0, zeroB = n.b >= 0 && b.value < 0;
+        if (n.op == Op::Add && (zeroA || zeroB)) {
+            out = zeroA ? b : a;
+            continue;
+        }
+        if (n.op == Op::Sub && (zeroA || zeroB)) {
+            out = zeroA ? SignedValue{b.value, !b.negative} : a;
+            continue;
+        }
+        if (n.op != Op::Store && (zeroA || zeroB))
+            continue; // a product, negation or type change of zero
+        switch (n.op) {
+        case Op::Load: out = inputs.at(n.offset); break;
+        case Op::Store: outputs[n.offset] = a; break;
+        case Op::Constant: {
+            const ConstantDef& c = sub.constants()[n.constant];
+            out.value = target.constant(c.name, c.kind, c.lanes);
+            break;
+        }
+        case Op::Add: out.value = signedSum(target, a.value, a.negative, b.value, b.negative, out.negative); break;
+        case Op::Sub: out.value = signedSum(target, a.value, a.negative, b.value, !b.negative, out.negative); break;
+        case Op::Mul: out = {target.mul(a.value, b.value), a.negative != b.negative}; break;
+        case Op::Neg: out = {a.value, !a.negative}; break;
+        case Op::Widen: out = {target.widen(a.value), a.negative}; break;
+        case Op::Narrow: out = {target.narrow(a.value), a.negative}; break;
+        default: throw std::logic_error("an operation that a scalar block does not hold");
+        }
+    }
+    return outputs;
+}
+
+} // namespace kernelgen
