@@ -234,6 +234,20 @@ TEST_P(RealForwardTest, FlagsPickTheirFactors)
     EXPECT_EQ(numberAt(k, out.data(), 0), stored);
 }
 
+// Binary32 kernels form their statements with products in binary64; sizes 2
+// and 4 have no such statement and no binary64 operation at all. Binary64
+// kernels have no type change.
+TEST(RealForwardRounding, Binary64OperationsOnlyInStatementsWithProducts)
+{
+    for (const RealKernelCounts& c : kRealForwardCounts) {
+        const bool single = std::string(c.type) == "32f";
+        if (!single || c.size == 2 || c.size == 4)
+            EXPECT_EQ(c.wide, 0) << c.type << " size " << c.size;
+        else
+            EXPECT_GT(c.wide, 0) << c.type << " size " << c.size;
+    }
+}
+
 std::vector<RealKernel> ccsKernels()
 {
     std::vector<RealKernel> ccs;

@@ -196,18 +196,29 @@ std::vector<bool> Graph::liveNodes() const
     return live;
 }
 
+// The scale factor, or the factor widened exactly for a binary64 statement.
+bool Graph::isScale(Value v) const
+{
+    const Node& n = nodes_[v];
+    return n.op == Op::ScaleArg || (n.op == Op::Widen && nodes_[n.a].op == Op::ScaleArg);
+}
+
 OpCounts Graph::countOps() const
 {
     OpCounts counts;
     const std::vector<bool> live = liveNodes();
+    bool hasSingle = false;
+    for (size_t i = 0; i < nodes_.size(); ++i)
+        hasSingle = hasSingle || (live[i] && isSingle(nodes_[i].kind));
     for (size_t i = 0; i < nodes_.size(); ++i) {
         if (!live[i])
             continue;
         const Node& node = nodes_[i];
+        counts.wide += node.kind == Kind::F64 && node.op != Op::Constant && hasSingle;
         switch (node.op) {
         case Op::Add:
         case Op::Sub: ++counts.addSub; break;
-        case Op::Mul: ++(nodes_[node.b].op == Op::ScaleArg ? counts.scaleMul : counts.mul); break;
+        case Op::Mul: ++(isScale(node.b) ? counts.scaleMul : counts.mul); break;
         case Op::Shuffle: ++counts.shuffles; break;
         case Op::Xor:
         case Op::Neg: ++counts.signFlips; break;

@@ -90,6 +90,7 @@ struct OpCounts {
     int loads = 0;
     int stores = 0;
     int constants = 0;
+    int wide = 0; // binary64 operations of a binary32 kernel: its statements with products
 };
 
 class Graph {
@@ -143,6 +144,7 @@ public:
 
 private:
     Value push(Node node);
+    bool isScale(Value v) const;
     Value binary(Op op, Value a, Value b);
     std::vector<Node> nodes_;
     std::vector<ConstantDef> constants_;

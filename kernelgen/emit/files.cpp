@@ -85,18 +85,20 @@ std::string printCountsHeader(const CountsTable& table, const std::string& invoc
         << "// kernels, scalar operations in scalar kernels. Products by the scale\n"
         << "// factor are counted apart.\n"
         << "// magnitudes: distinct magnitudes of the stored constants, 0 and 1\n"
-        << "// included, the scale factors not.\n"
+        << "// included, the scale factors not. wide: binary64 operations of a\n"
+        << "// binary32 kernel (its statements with products).\n"
         << "struct " << table.structName << " {\n";
     for (const auto& field : table.keyFields)
         out << "    " << field[0] << " " << field[1] << ";\n";
-    out << "    int addSub;\n    int mul;\n    int scaleMul;\n    int magnitudes;\n};\n\n"
+    out << "    int addSub;\n    int mul;\n    int scaleMul;\n    int magnitudes;\n    int wide;\n};\n\n"
         << "inline constexpr " << table.structName << " " << table.arrayName << "[] = {\n";
     for (const CountsRow& row : table.rows) {
         const OpCounts c = row.graph.countOps();
         out << "    {";
         for (const std::string& key : row.key)
             out << key << ", ";
-        out << c.addSub << ", " << c.mul << ", " << c.scaleMul << ", " << row.graph.storedMagnitudes() << "},\n";
+        out << c.addSub << ", " << c.mul << ", " << c.scaleMul << ", " << row.graph.storedMagnitudes() << ", " << c.wide
+            << "},\n";
     }
     out << "};\n";
     return out.str();
