@@ -89,19 +89,27 @@ Transform complexOf(int n)
     return [n](ComplexArith& ar, const Signal& x) { return convolution(ar, x, complexOf(n - 1)); };
 }
 
+// The real transform of size m on the way back of a convolution form: one
+// whose first stage joins x[r] with x[r + m/2] (the even-odd recursion, or
+// a coprime join with 2, 4 or 8 on the input side).
+RealTransform wayBack(int m)
+{
+    if ((m & (m - 1)) == 0)
+        return roads().at(m).real;
+    const int first = m % 8 == 0 ? 8 : m % 4 == 0 ? 4 : 2;
+    const JoinMap map = coprimeMap(first, m / first);
+    const RealTransform f = roads().at(first).real, s = roads().at(m / first).real;
+    return [=](ComplexArith& ar, const Signal& x) { return realJoin(ar, x, map, f, s, complexOf(map.n2)); };
+}
+
 // A prime from 13: the convolution form on real data, nesting the real
-// transform of size m = p-1, and for its way back the transposed real
-// transform of size m/2 and the transposed half-bin transform of size m/2
-// (the twisted complex size-m/4 stage for even m/2, the real size-m/2
-// transform for odd m/2).
+// transform of size m = p-1 on the way there and its transposed halves on
+// the way back.
 RealRoad convolutionRoad(int p)
 {
     return {"convolution form over " + std::to_string(p - 1),
             [p](ComplexArith& ar, const Signal& x) {
-                const int m = p - 1, n = m / 2;
-                const RealTransform halfBin = n % 2 ? halfBinOdd(roads().at(n).real)
-                                                    : halfBinEven(twistThen(m, complexOf(n / 2)));
-                return realConvolution(ar, x, roads().at(m).real, roads().at(n).real, halfBin);
+                return realConvolution(ar, x, roads().at(p - 1).real, wayBack(p - 1));
             },
             nullptr};
 }

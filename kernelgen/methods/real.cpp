@@ -1,5 +1,6 @@
 #include "methods/real.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -212,46 +213,41 @@ Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, co
     return y;
 }
 
-RealTransform halfBinEven(const Transform& odd)
+namespace {
+
+// The first n reals and n zeros after them.
+Signal padded(const Signal& half)
 {
-    return [odd](ComplexArith& ar, const Signal& d) {
-        const int n = static_cast<int>(d.size()), half = n / 2;
-        Signal z(half);
-        for (int q = 0; q < half; ++q)
-            z[q] = Cx{d[q].re, d[q + half].re, d[q].negRe, !d[q + half].negRe};
-        const Signal Z = odd(ar, z);
-        // Output j of the odd-bin stage is bin 4j + 1 of size 2n; those past
-        // n are conjugates of bins 4j + 3 below.
-        HalfSpectrum X(2 * n);
-        for (int j = 0; j < half; ++j)
-            X.set(4 * j + 1, Z[j]);
-        Signal H(half);
-        for (int j = 0; j < half; ++j)
-            H[j] = X.bin(2 * j + 1);
-        return H;
+    Signal x(2 * half.size());
+    std::copy(half.begin(), half.end(), x.begin());
+    return x;
+}
+
+} // namespace
+
+RealTransform evenBinsOfHalf(const RealTransform& forward)
+{
+    return [forward](ComplexArith& ar, const Signal& s) {
+        const Signal X = forward(ar, padded(s));
+        Signal even(s.size() / 2 + 1);
+        for (size_t k = 0; k < even.size(); ++k)
+            even[k] = X[2 * k];
+        return even;
     };
 }
 
-RealTransform halfBinOdd(const RealTransform& real)
+RealTransform oddBinsOfHalf(const RealTransform& forward)
 {
-    return [real](ComplexArith& ar, const Signal& d) {
-        const int n = static_cast<int>(d.size()), h = (n - 1) / 2;
-        Signal flipped = d;
-        for (int r = 1; r < n; r += 2)
-            flipped[r] = ComplexArith::neg(flipped[r]);
-        const Signal X = real(ar, flipped);
-        // Frequency 2j + 1 of 2n is n + 2(j - h) mod 2n: bin j - h mod n of
-        // the flipped transform.
-        Signal H(h + 1);
-        for (int j = 0; j < h; ++j)
-            H[j] = conj(X[h - j]);
-        H[h] = X[0];
-        return H;
+    return [forward](ComplexArith& ar, const Signal& d) {
+        const Signal X = forward(ar, padded(d));
+        Signal odd((d.size() + 1) / 2);
+        for (size_t k = 0; k < odd.size(); ++k)
+            odd[k] = X[2 * k + 1];
+        return odd;
     };
 }
 
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& half,
-                       const RealTransform& halfBin)
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back)
 {
     const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2, g = primitiveRoot(p);
     std::optional<SectionScope> section;
@@ -289,10 +285,10 @@ Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& f
     // Bin m/2 of the products is real (D[m/2] real, m/2 even) or, times -i,
     // real again (D[m/2] imaginary, m/2 odd): one cell of one block.
 
-    section.emplace(ar.graph(), "transposed real size-" + std::to_string(n) + " transform: the real parts");
-    const Signal re = transposedBlock(ar, half, n, even);
-    section.emplace(ar.graph(), "transposed half-bin size-" + std::to_string(n) + " transform: the imaginary parts");
-    const Signal imag = transposedBlock(ar, halfBin, n, odd);
+    section.emplace(ar.graph(), "transposed real size-" + std::to_string(m) + " transform, even bins: the real parts");
+    const Signal re = transposedBlock(ar, evenBinsOfHalf(back), n, even);
+    section.emplace(ar.graph(), "transposed real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts");
+    const Signal imag = transposedBlock(ar, oddBinsOfHalf(back), n, odd);
     // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
     for (int r = 0; r < n; ++r)
         X.set(powMod(g, (m - r) % m, p), Cx{re[r].re, imag[r].re, re[r].negRe, imag[r].negRe});

@@ -48,14 +48,13 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
 // in: the data flow backwards through the forward method.
 Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins);
 
-// The half-bin transform of n reals, H[j] = sum_r d[r] W_2n^(r(2j+1)),
-// j < n/2 (rounded up; for odd n the last bin is real): the odd bins of a
-// real transform of size 2n whose second half is zero.
-// Even n: the odd-bin stage `odd` of the even-odd recursion of size 2n
-// (taking z untwisted). Odd n: the real transform `real` of size n on
-// (-1)^r d[r], its bins read backwards and conjugated.
-RealTransform halfBinEven(const Transform& odd);
-RealTransform halfBinOdd(const RealTransform& real);
+// The bins of a real transform of size m = 2n whose second half of input is
+// zero, as transforms of the n reals of the first half: the even bins
+// 0, 2, .., (the real size-n transform) and the odd bins 1, 3, .. up to n
+// (the half-bin transform). The zeros are missing parts, so only what those
+// bins need of `forward` is built.
+RealTransform evenBinsOfHalf(const RealTransform& forward);
+RealTransform oddBinsOfHalf(const RealTransform& forward);
 
 // The convolution form of a prime p on real data, over m = p-1 and g the
 // smallest primitive root:
@@ -65,10 +64,11 @@ RealTransform halfBinOdd(const RealTransform& real);
 //     convolution form: doubled for the bins below m/2, and times -i for
 //     the odd ones;
 //  4. with y the inverse transform of the whole product spectrum, whose
-//     outputs r < m/2 are X[g^-r] - x[0]: Re y[r] is the transposed real
-//     size-m/2 transform `half` of the even bins (T in bin 0), Im y[r] the
-//     transposed half-bin transform `halfBin` of the odd ones.
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& half,
-                       const RealTransform& halfBin);
+//     outputs r < m/2 are X[g^-r] - x[0]: Re y[r] and Im y[r] are the two
+//     symmetric parts of the transposed real size-m transform `back`, the
+//     transposes of its even bins (T in bin 0) and of its odd bins on the
+//     first half of its input. `back` is best one whose first stage joins
+//     x[r] with x[r + m/2].
+Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back);
 
 } // namespace kernelgen
