@@ -1,6 +1,8 @@
 // Operation counts of the generated complex kernels against the budget of
-// each size: a kernel that exceeds its budget, or falls short of it, is not
-// the designed kernel.
+// each size. Where the budget fixes a count, a kernel that exceeds it or
+// falls short of it is not the designed kernel, and the check is exact. The
+// few sizes whose kernels do better than the budget say why, and are held
+// to it as a ceiling.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -44,8 +46,9 @@ const std::map<int, Budget> kBudget32 = {
 
 // 64fc sizes whose 13-, 23- and 29-point convolutions keep more partner
 // pairs open than the budget reckons (through every join of the nested 12,
-// 22 and 28, with no halved constants in the inverse stage): they stay
-// below it.
+// 22 and 28, with no halved constants in the inverse stage): the budget is
+// their ceiling. They all take fewer additions; 46 meets its multiplication
+// budget, the others take fewer multiplications too.
 const std::set<int> kBelowBudget64 = {26, 39, 46, 52, 58};
 
 TEST(ComplexKernelCounts, MatchTheBudgets)
@@ -57,8 +60,11 @@ TEST(ComplexKernelCounts, MatchTheBudgets)
         if (budget == table.end())
             continue;
         if (k.is64() && kBelowBudget64.count(k.size)) {
-            EXPECT_LE(2 * k.counts.addSub, budget->second.additions);
-            EXPECT_LE(2 * k.counts.mul, budget->second.multiplications);
+            EXPECT_LT(2 * k.counts.addSub, budget->second.additions);
+            if (k.size == 46)
+                EXPECT_EQ(2 * k.counts.mul, budget->second.multiplications);
+            else
+                EXPECT_LT(2 * k.counts.mul, budget->second.multiplications);
         } else if (k.is64()) {
             if (budget->second.additions < 0) {
                 EXPECT_EQ(k.counts.mul + k.counts.scaleMul, budget->second.multiplications);
@@ -78,13 +84,15 @@ TEST(ComplexKernelCounts, MatchTheBudgets)
 // form, 0 and 1 included, the scale factors not: the spectrum constants
 // (D[k] and D[m-k] share theirs), those of the nested size-(p-1) transform,
 // and the products of the two where a difference leaves its factor to the
-// constant it meets.
+// constant it meets. The budget reckons with halved constants in every
+// inverse stage behind a doubled product; 17, 29 and 31 store exactly that
+// many. The others store fewer, since their inverse stages take the doubled
+// products as pair sums and need no halved copies (13, 23 and the primes
+// nesting them), or fold fewer factors into the spectrum constants (19, 37,
+// 41, 43, 61): the budget is their ceiling.
 const std::map<int, int> kMagnitudes64 = {{13, 18}, {17, 21}, {19, 38}, {23, 48}, {29, 36}, {31, 42}, {37, 54},
                                           {41, 53}, {43, 62}, {47, 122}, {53, 98}, {59, 118}, {61, 78}};
-// Primes that store fewer: their inverse stage takes no halved constants
-// (13, 23 and the primes nesting them), or they fold fewer factors into
-// the spectrum constants (19, 37, 41, 43, 61).
-const std::set<int> kFewerMagnitudes64 = {13, 19, 23, 37, 41, 43, 47, 53, 59, 61};
+const std::set<int> kExactMagnitudes64 = {17, 29, 31};
 
 TEST(ComplexKernelCounts, StoredMagnitudesOfThePrimes)
 {
@@ -93,17 +101,12 @@ TEST(ComplexKernelCounts, StoredMagnitudesOfThePrimes)
         if (!k.is64() || expected == kMagnitudes64.end())
             continue;
         SCOPED_TRACE(kernelLabel(k));
-        if (kFewerMagnitudes64.count(k.size))
-            EXPECT_LE(k.counts.magnitudes, expected->second);
-        else
+        if (kExactMagnitudes64.count(k.size))
             EXPECT_EQ(k.counts.magnitudes, expected->second);
+        else
+            EXPECT_LT(k.counts.magnitudes, expected->second);
     }
 }
-
-// In 64fc these sizes absorb the inverse's signs at other places, which may
-// change their counts slightly.
-const std::set<int> kCountsMayDiffer64 = {7,  11, 14, 21, 22, 23, 25, 28, 29, 31, 33, 35, 42, 43,
-                                          44, 46, 47, 49, 50, 55, 56, 58, 59, 60, 61, 62, 63};
 
 // Every output gets exactly one product by the scale: one vector per element
 // in 64fc, one per part in the scalar 32fc kernels, and in the 32fc vector
@@ -121,6 +124,8 @@ TEST(ComplexKernelCounts, OneScaleProductPerOutput)
     }
 }
 
+// The inverse kernel is the forward one with the signs of its rotations
+// changed: every size costs the same in both directions, in both types.
 TEST(ComplexKernelCounts, DirectionsCostTheSame)
 {
     std::map<std::string, ComplexKernelCounts> forward;
@@ -128,11 +133,12 @@ TEST(ComplexKernelCounts, DirectionsCostTheSame)
         if (!k.inverse)
             forward[k.type + std::to_string(k.size)] = k.counts;
     for (const ComplexKernel& k : builtComplexKernels()) {
-        if (!k.inverse || (k.is64() && kCountsMayDiffer64.count(k.size)))
+        if (!k.inverse)
             continue;
         const ComplexKernelCounts& f = forward.at(k.type + std::to_string(k.size));
         EXPECT_EQ(k.counts.addSub, f.addSub) << kernelLabel(k);
         EXPECT_EQ(k.counts.mul, f.mul) << kernelLabel(k);
+        EXPECT_EQ(k.counts.magnitudes, f.magnitudes) << kernelLabel(k);
     }
 }
 
