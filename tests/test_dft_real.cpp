@@ -7,6 +7,7 @@
 #include <complex>
 #include <cstring>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include "real_kernels.h"
@@ -212,7 +213,7 @@ TEST_P(RealForwardTest, AnyAddressAndInPlaceGiveTheSameBytes)
     for (int offset : kOffsets) {
         OffsetArray<unsigned char> both(room, offset);
         both.fillBytes(0x3C);
-        both.copyFrom(input.data());
+        std::memcpy(both.get(), input.data(), inBytes());
         ASSERT_EQ(k.run(both.get(), both.get(), ScaleDivBySqrtN), StatusOk);
         const auto out = both.snapshot(32);
         EXPECT_EQ(0, std::memcmp(out.data(), reference.data(), outBytes())) << "in place, offset " << offset;
@@ -246,6 +247,32 @@ TEST(RealForwardRounding, Binary64OperationsOnlyInStatementsWithProducts)
         else
             EXPECT_GT(c.wide, 0) << c.type << " size " << c.size;
     }
+}
+
+// Kernels hold no state: threads calling every kernel at once on one input
+// get the bytes of a single thread.
+TEST(RealForwardThreads, ConcurrentCallsGiveTheBytesOfOneThread)
+{
+    const std::vector<RealKernel> kernels = builtRealForwardKernels();
+    const auto runAll = [&](std::vector<std::vector<unsigned char>>& outs) {
+        for (size_t i = 0; i < kernels.size(); ++i) {
+            const RealKernel& k = kernels[i];
+            const auto input = randomInput(k, 6);
+            outs[i].assign(k.cells() * k.realBytes(), 0);
+            k.run(input.data(), outs[i].data(), ScaleDivBySqrtN);
+        }
+    };
+    std::vector<std::vector<unsigned char>> serial(kernels.size());
+    runAll(serial);
+    std::vector<std::vector<std::vector<unsigned char>>> parallel(4, std::vector<std::vector<unsigned char>>(kernels.size()));
+    std::vector<std::thread> threads;
+    for (auto& outs : parallel)
+        threads.emplace_back([&runAll, &outs] { runAll(outs); });
+    for (std::thread& t : threads)
+        t.join();
+    for (const auto& outs : parallel)
+        for (size_t i = 0; i < kernels.size(); ++i)
+            EXPECT_EQ(outs[i], serial[i]) << kernels[i].name();
 }
 
 std::vector<RealKernel> ccsKernels()

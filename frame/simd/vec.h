@@ -2,6 +2,7 @@
 // free functions declared by one of the two back ends below, on the types
 // V4f (four binary32 lanes) and V2d (two binary64 lanes).
 //
+//   loadScalar / storeScalar  one number at any byte address
 //   load / store            aligned 128-bit moves
 //   loadu / storeu          unaligned 128-bit moves (V4f)
 //   loadHalves / storeHalves  one V2d as two separate 64-bit moves
@@ -28,6 +29,28 @@ static_assert(FLT_EVAL_METHOD == 0, "kernels need every operation rounded to its
 #endif
 
 #define TVKG_INLINE inline __attribute__((always_inline))
+
+#include <cstring>
+
+namespace tvkgen::simd {
+
+// A number moved by its bytes: well defined at any address, which a plain
+// dereference of a misaligned pointer is not; compilers make one move of it.
+template <class T>
+TVKG_INLINE T loadScalar(const T* p)
+{
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+template <class T>
+TVKG_INLINE void storeScalar(T* p, T v)
+{
+    std::memcpy(p, &v, sizeof v);
+}
+
+} // namespace tvkgen::simd
 
 #if defined(TVKGEN_PORTABLE)
 #include "vec_portable.h"

@@ -16,7 +16,11 @@ struct alignas(16) V2d {
 };
 
 TVKG_INLINE V4f load(const float* p) { return V4f{{p[0], p[1], p[2], p[3]}}; }
-TVKG_INLINE V4f loadu(const float* p) { return load(p); }
+// The moves that accept any address take each number by its bytes.
+TVKG_INLINE V4f loadu(const float* p)
+{
+    return V4f{{loadScalar(p), loadScalar(p + 1), loadScalar(p + 2), loadScalar(p + 3)}};
+}
 TVKG_INLINE void store(float* p, V4f v)
 {
     p[0] = v.lane[0];
@@ -24,17 +28,21 @@ TVKG_INLINE void store(float* p, V4f v)
     p[2] = v.lane[2];
     p[3] = v.lane[3];
 }
-TVKG_INLINE void storeu(float* p, V4f v) { store(p, v); }
-TVKG_INLINE V4f loadLowPair(const float* p) { return V4f{{p[0], p[1], 0.0f, 0.0f}}; }
+TVKG_INLINE void storeu(float* p, V4f v)
+{
+    for (int l = 0; l < 4; ++l)
+        storeScalar(p + l, v.lane[l]);
+}
+TVKG_INLINE V4f loadLowPair(const float* p) { return V4f{{loadScalar(p), loadScalar(p + 1), 0.0f, 0.0f}}; }
 TVKG_INLINE void storeLowPair(float* p, V4f v)
 {
-    p[0] = v.lane[0];
-    p[1] = v.lane[1];
+    storeScalar(p, v.lane[0]);
+    storeScalar(p + 1, v.lane[1]);
 }
 TVKG_INLINE void storeHighPair(float* p, V4f v)
 {
-    p[0] = v.lane[2];
-    p[1] = v.lane[3];
+    storeScalar(p, v.lane[2]);
+    storeScalar(p + 1, v.lane[3]);
 }
 
 TVKG_INLINE V2d load(const double* p) { return V2d{{p[0], p[1]}}; }
@@ -43,8 +51,12 @@ TVKG_INLINE void store(double* p, V2d v)
     p[0] = v.lane[0];
     p[1] = v.lane[1];
 }
-TVKG_INLINE V2d loadHalves(const double* p) { return load(p); }
-TVKG_INLINE void storeHalves(double* p, V2d v) { store(p, v); }
+TVKG_INLINE V2d loadHalves(const double* p) { return V2d{{loadScalar(p), loadScalar(p + 1)}}; }
+TVKG_INLINE void storeHalves(double* p, V2d v)
+{
+    storeScalar(p, v.lane[0]);
+    storeScalar(p + 1, v.lane[1]);
+}
 
 TVKG_INLINE V4f add(V4f a, V4f b)
 {

@@ -97,7 +97,10 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
             out << indent << "// " << g.sections()[n.section] << "\n";
             section = n.section;
         }
+        // Vectors move through the access policy, or index an array of
+        // vectors; numbers move by their bytes, so any address works.
         const bool viaAccess = isVector(n.kind) && !arrays.arraysOfValues;
+        const bool inArray = isVector(n.kind) && arrays.arraysOfValues;
         const std::string a = n.a >= 0 ? var(n.a) : "";
         const std::string b = n.b >= 0 ? var(n.b) : "";
         if (isLoad(n.op) && stored)
@@ -105,7 +108,9 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
         std::string expr;
         switch (n.op) {
         case Op::Load:
-            expr = viaAccess ? "Access::load(" + at(arrays.in, n.offset) + ")" : element(arrays.in, n.offset);
+            expr = viaAccess  ? "Access::load(" + at(arrays.in, n.offset) + ")"
+                   : inArray ? element(arrays.in, n.offset)
+                             : "loadScalar(" + at(arrays.in, n.offset) + ")";
             break;
         case Op::LoadPair: expr = "loadLowPair(" + at(arrays.in, n.offset) + ")"; break;
         case Op::StoreLowPair:
@@ -118,8 +123,10 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
             stored = true;
             if (viaAccess)
                 out << indent << "Access::store(" << at(arrays.out, n.offset) << ", " << a << ");\n";
-            else
+            else if (inArray)
                 out << indent << element(arrays.out, n.offset) << " = " << a << ";\n";
+            else
+                out << indent << "storeScalar(" << at(arrays.out, n.offset) << ", " << a << ");\n";
             continue;
         default: expr = arithmeticExpr(g, n, a, b); break;
         }

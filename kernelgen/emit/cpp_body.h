@@ -15,9 +15,10 @@ std::string literal(Kind kind, Exact value);
 // The first line of every generated file.
 std::string banner(const std::string& invocation);
 
-// How a body reaches its arrays: `in` and `out` hold numbers read through
-// the access policy `Access` (vectors) or element by element (scalars), or,
-// with `arraysOfValues`, values of the nodes' own kind indexed directly.
+// How a body reaches its arrays: `in` and `out` hold numbers, which vectors
+// reach through the access policy `Access`; or, with `arraysOfValues`,
+// vectors indexed directly. Scalars always move by their bytes
+// (loadScalar, storeScalar), so any address works.
 struct ArrayAccess {
     std::string in;
     std::string out;

@@ -110,8 +110,8 @@ std::string printPieceFile(const PieceFile& file, const std::string& invocation)
     out << banner(invocation) << (file.header ? "#pragma once\n\n" : "");
     for (const std::string& include : file.includes)
         out << "#include " << include << "\n";
-    out << "\nnamespace " << file.space << " {\n\n"
-        << (file.header ? "using namespace tvkgen::simd;\n\n" : "namespace {\n\n");
+    out << "\nnamespace " << file.space << " {\n\nusing namespace tvkgen::simd;\n\n"
+        << (file.header ? "" : "namespace {\n\n");
     for (const PieceFunction& f : file.functions) {
         const std::string value = cppType(f.graph.nodes().front().kind);
         out << "// " << f.comment << "\n// " << countsComment(f.graph) << ".\n"

@@ -27,7 +27,7 @@ PieceFile dct4Pieces()
 
 PieceFile dct4Direct()
 {
-    PieceFile file{false, {"\"plan_run.h\""}, "tvkgen::dct4", {}, {}};
+    PieceFile file{false, {"\"plan_run.h\"", "\"simd/vec.h\""}, "tvkgen::dct4", {}, {}};
     for (Kind kind : {Kind::F32, Kind::F64})
         for (int n = 2; n <= 32; n *= 2)
             file.functions.push_back(

@@ -26,7 +26,7 @@ TVKG_INLINE void scalarBody(const Real* src, Real* dst, Real scale)
 {
     constexpr int n = 1 << Order;
     Real x[n];
-    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { x[i] = src[i]; });
+    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { x[i] = simd::loadScalar(src + i); });
     unrolled<Order>([&](auto level) TVKG_LAMBDA_INLINE {
         constexpr int half = 1 << level;
         unrolled<n / 2>([&](auto j) TVKG_LAMBDA_INLINE {
@@ -36,7 +36,7 @@ TVKG_INLINE void scalarBody(const Real* src, Real* dst, Real scale)
             x[i] = sum;
         });
     });
-    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { dst[i] = x[i] * scale; });
+    unrolled<n>([&](auto i) TVKG_LAMBDA_INLINE { simd::storeScalar(dst + i, x[i] * scale); });
 }
 
 // ---- orders 3 to 7: in registers and the stack frame -------------------------

@@ -25,9 +25,11 @@ constexpr double powerOfTwo(int exponent)
 template <class Real>
 constexpr Real kInvSqrt2 = sizeof(Real) == 8 ? Real(0x1.6A09E667F3BCCp-1) : Real(0x1.6A09E6p-1f);
 
-// Indexed by ScaleIndex: 1, 1/N, 1/sqrt(N).
+// Indexed by ScaleIndex: 1, 1/N, 1/sqrt(N). Not inline: internal linkage
+// keeps the tables out of the library's symbol table in every build (an
+// instrumented build would otherwise export them as unique symbols).
 template <class Real, int Order>
-inline constexpr Real kScales[3] = {
+constexpr Real kScales[3] = {
     Real(1),
     Real(powerOfTwo(-Order)),
     Order % 2 == 0 ? Real(powerOfTwo(-Order / 2)) : Real(kInvSqrt2<Real> * Real(powerOfTwo(-(Order - 1) / 2))),

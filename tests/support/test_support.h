@@ -19,7 +19,7 @@ inline constexpr int kBadFlags[] = {0, 3, 5, 6, 7, 9, 10, 12, 16, 264, -1, 21474
 inline constexpr int kGoodFlags[] = {1, 2, 4, 8};
 
 // Byte offsets from a 16-byte boundary that the alignment tests use.
-inline constexpr int kOffsets[] = {0, 4, 8, 1};
+inline constexpr int kOffsets[] = {0, 4, 8, 1, 2, 3};
 
 // `count` elements of T placed `offset` bytes past a 16-byte boundary, with a
 // guard region behind them.
