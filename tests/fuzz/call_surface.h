@@ -1,0 +1,21 @@
+// One call into the library, decoded from fuzz bytes and checked against
+// nothing but the library's own promises: the status the call frame gives
+// for those arguments, no byte touched outside the cells a call writes,
+// nothing touched at all on failure, and the same bytes at any address and
+// in place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace tvkfuzz {
+
+// Runs the call that `data` describes; returns an empty string when every
+// check holds, else what failed. Calls abort() only through the sanitizers.
+std::string checkOneCall(const uint8_t* data, size_t size);
+
+// How many exports the table holds (those this build has).
+size_t exportCount();
+
+} // namespace tvkfuzz
