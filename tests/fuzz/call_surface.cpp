@@ -15,12 +15,14 @@ namespace tvkfuzz {
 namespace {
 
 enum class Shape { Kernel, SizeDispatcher, Wht, WhtDispatcher, WhtBufferSize, Dct4, Version };
+enum class Element { F32, F64, C32, C64 };
 
 // A shape of exported function and the numbers it reads and writes for a
 // size N (or order).
 struct Export {
     std::string name;
     Shape shape;
+    Element element;
     int realBytes;
     int size; // the kernel's own N or order; 0 for the size-taking entries
     std::function<int(int)> inCount;
@@ -59,21 +61,25 @@ std::vector<Export> buildTable()
     for (const Family& f : families)
         for (int bytes : {4, 8}) {
             const std::string type = std::string(bytes == 4 ? "32f" : "64f") + (f.complex ? "c" : "");
+            const Element element = f.complex ? (bytes == 4 ? Element::C32 : Element::C64)
+                                              : (bytes == 4 ? Element::F32 : Element::F64);
             for (int n = 2; n <= 64; ++n)
-                add({std::string(f.prefix) + "_" + std::to_string(n) + "_" + type, Shape::Kernel, bytes, n, f.in,
-                     f.out, nullptr});
-            add({std::string(f.prefix) + "_" + type, Shape::SizeDispatcher, bytes, 0, f.in, f.out, nullptr});
+                add({std::string(f.prefix) + "_" + std::to_string(n) + "_" + type, Shape::Kernel, element, bytes, n,
+                     f.in, f.out, nullptr});
+            add({std::string(f.prefix) + "_" + type, Shape::SizeDispatcher, element, bytes, 0, f.in, f.out, nullptr});
         }
     const auto points = [](int order) { return 1 << order; };
     for (int bytes : {4, 8}) {
         const std::string type = bytes == 4 ? "32f" : "64f";
+        const Element element = bytes == 4 ? Element::F32 : Element::F64;
         for (int order = 1; order <= 13; ++order)
-            add({"tvkgWHT_" + std::to_string(order) + "_" + type, Shape::Wht, bytes, order, points, points, nullptr});
-        add({"tvkgWHT_" + type, Shape::WhtDispatcher, bytes, 0, points, points, nullptr});
-        add({"tvkgWHTGetBufferSize_" + type, Shape::WhtBufferSize, bytes, 0, nullptr, nullptr, nullptr});
-        add({"tvkgDCT4_" + type, Shape::Dct4, bytes, 0, one, one, nullptr});
+            add({"tvkgWHT_" + std::to_string(order) + "_" + type, Shape::Wht, element, bytes, order, points, points,
+                 nullptr});
+        add({"tvkgWHT_" + type, Shape::WhtDispatcher, element, bytes, 0, points, points, nullptr});
+        add({"tvkgWHTGetBufferSize_" + type, Shape::WhtBufferSize, element, bytes, 0, nullptr, nullptr, nullptr});
+        add({"tvkgDCT4_" + type, Shape::Dct4, element, bytes, 0, one, one, nullptr});
     }
-    add({"tvkgenGetLibVersion", Shape::Version, 0, 0, nullptr, nullptr, nullptr});
+    add({"tvkgenGetLibVersion", Shape::Version, Element::F64, 0, 0, nullptr, nullptr, nullptr});
     return table;
 }
 
@@ -159,10 +165,25 @@ void fill(uint8_t* p, size_t bytes, const Call& c)
         p[i] = c.dataSize ? c.data[i % c.dataSize] : 0;
 }
 
-using Kernel = TvkStatus (*)(const void*, void*, int);
-using Dispatcher = TvkStatus (*)(const void*, void*, int, int);
-using WhtKernel = TvkStatus (*)(const void*, void*, int, uint8_t*);
-using WhtDispatcher = TvkStatus (*)(const void*, void*, int, int, uint8_t*);
+// Calls through the exact function types of the exports (a call through
+// another pointer type is undefined, whatever the ABI makes of it).
+template <class T, class... Tail>
+TvkStatus callAs(void* fn, const void* src, void* dst, Tail... tail)
+{
+    return reinterpret_cast<TvkStatus (*)(const T*, T*, Tail...)>(fn)(static_cast<const T*>(src), static_cast<T*>(dst),
+                                                                         tail...);
+}
+
+template <class... Tail>
+TvkStatus call(const Export& e, const void* src, void* dst, Tail... tail)
+{
+    switch (e.element) {
+    case Element::F32: return callAs<Tvk32f>(e.fn, src, dst, tail...);
+    case Element::F64: return callAs<Tvk64f>(e.fn, src, dst, tail...);
+    case Element::C32: return callAs<Tvk32fc>(e.fn, src, dst, tail...);
+    default: return callAs<Tvk64fc>(e.fn, src, dst, tail...);
+    }
+}
 
 // One run of a frame call: the entry's function on (src, dst) for size n.
 using Runner = std::function<TvkStatus(const void*, void*)>;
@@ -207,12 +228,16 @@ std::string checkVersion(const Export& e)
     return v && v == tvkgenGetLibVersion() ? "" : "version record moved";
 }
 
+// The size pointer has no null test by design: a null one is passed only
+// with an order out of range, where nothing is stored.
 std::string checkWhtBufferSize(const Export& e, const Call& c)
 {
     int32_t size = -12345;
-    const auto status = reinterpret_cast<TvkStatus (*)(int, int32_t*)>(e.fn)(c.len, c.nullDst ? nullptr : &size);
+    const bool validOrder = c.len >= 1 && c.len <= 13;
+    const bool nullSize = c.nullDst && !validOrder;
+    const auto status = reinterpret_cast<TvkStatus (*)(int, int32_t*)>(e.fn)(c.len, nullSize ? nullptr : &size);
     if (status == StatusOk)
-        return !c.nullDst && c.len >= 1 && c.len <= 13 && size >= 0 ? "" : e.name + ": accepted a bad call";
+        return validOrder && size >= 0 ? "" : e.name + ": accepted a bad call";
     if (status != StatusSizeError && status != StatusNullPointer)
         return e.name + ": status " + std::to_string(status);
     return size == -12345 ? "" : e.name + ": a failed call wrote the size";
@@ -222,14 +247,24 @@ std::string checkWhtBufferSize(const Export& e, const Call& c)
 // run at any address with the bytes of the aligned run, and built again by
 // InitAlloc to the same bytes.
 template <class Real, class Plan>
-std::string checkDct4(const Call& c, const char* type)
+struct PlanLifeCycle {
+    const char* type;
+    TvkStatus (*getSize)(int, int32_t*);
+    TvkStatus (*init)(Plan**, int, uint8_t*);
+    TvkStatus (*initAlloc)(Plan**, int);
+    TvkStatus (*run)(const Real*, Real*, const Plan*);
+    TvkStatus (*free)(Plan*);
+};
+
+template <class Real, class Plan>
+std::string checkDct4(const Call& c, const PlanLifeCycle<Real, Plan>& life)
 {
-    const std::string name = std::string("tvkgDCT4_") + type;
-    const auto getSize = reinterpret_cast<TvkStatus (*)(int, int32_t*)>(dlsym(RTLD_DEFAULT, ("tvkgDCT4GetSize_" + std::string(type)).c_str()));
-    const auto init = reinterpret_cast<TvkStatus (*)(Plan**, int, uint8_t*)>(dlsym(RTLD_DEFAULT, ("tvkgDCT4Init_" + std::string(type)).c_str()));
-    const auto initAlloc = reinterpret_cast<TvkStatus (*)(Plan**, int)>(dlsym(RTLD_DEFAULT, ("tvkgDCT4InitAlloc_" + std::string(type)).c_str()));
-    const auto runPlan = reinterpret_cast<TvkStatus (*)(const Real*, Real*, const Plan*)>(dlsym(RTLD_DEFAULT, name.c_str()));
-    const auto freePlan = reinterpret_cast<TvkStatus (*)(Plan*)>(dlsym(RTLD_DEFAULT, ("tvkgDCT4Free_" + std::string(type)).c_str()));
+    const std::string name = std::string("tvkgDCT4_") + life.type;
+    const auto getSize = life.getSize;
+    const auto init = life.init;
+    const auto initAlloc = life.initAlloc;
+    const auto runPlan = life.run;
+    const auto freePlan = life.free;
     // Lengths the plans do not take may still be sized and built (the
     // size rule is integer arithmetic on the length); only powers of two
     // are run and compared.
@@ -252,7 +287,8 @@ std::string checkDct4(const Call& c, const char* type)
         return name + ": Init of length " + std::to_string(c.len) + " failed in the bytes GetSize gave";
     if (!power || c.len > 4096)
         return "";
-    const Export e{name, Shape::Dct4, sizeof(Real), 0, [](int n) { return n; }, [](int n) { return n; }, nullptr};
+    const Export e{name, Shape::Dct4, sizeof(Real) == 4 ? Element::F32 : Element::F64, sizeof(Real), 0,
+                   [](int n) { return n; }, [](int n) { return n; }, nullptr};
     Call plain = c;
     plain.nullSrc = plain.nullDst = false;
     std::string problem = checkArrays(e, plain, c.len, StatusOk, [&](const void* s, void* d) {
@@ -285,19 +321,20 @@ std::string checkOneCall(const uint8_t* data, size_t size)
     case Shape::Version: return checkVersion(e);
     case Shape::WhtBufferSize: return checkWhtBufferSize(e, c);
     case Shape::Dct4:
-        return e.realBytes == 4 ? checkDct4<Tvk32f, TvkgDCT4Plan_32f>(c, "32f") : checkDct4<Tvk64f, TvkgDCT4Plan_64f>(c, "64f");
+        if (e.realBytes == 4)
+            return checkDct4(c, PlanLifeCycle<Tvk32f, TvkgDCT4Plan_32f>{"32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f,
+                                                                        tvkgDCT4InitAlloc_32f, tvkgDCT4_32f,
+                                                                        tvkgDCT4Free_32f});
+        return checkDct4(c, PlanLifeCycle<Tvk64f, TvkgDCT4Plan_64f>{"64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f,
+                                                                    tvkgDCT4InitAlloc_64f, tvkgDCT4_64f,
+                                                                    tvkgDCT4Free_64f});
     case Shape::Kernel:
-        return checkArrays(e, c, e.size, frame, [&](const void* s, void* d) {
-            return reinterpret_cast<Kernel>(e.fn)(s, d, c.flag);
-        });
+        return checkArrays(e, c, e.size, frame, [&](const void* s, void* d) { return call(e, s, d, c.flag); });
     case Shape::SizeDispatcher: {
+        const Runner run = [&](const void* s, void* d) { return call(e, s, d, c.len, c.flag); };
         if (c.len < 2 || c.len > 64)
-            return checkArrays(e, c, 2, StatusSizeError, [&](const void* s, void* d) {
-                return reinterpret_cast<Dispatcher>(e.fn)(s, d, c.len, c.flag);
-            });
-        return checkArrays(e, c, c.len, frame, [&](const void* s, void* d) {
-            return reinterpret_cast<Dispatcher>(e.fn)(s, d, c.len, c.flag);
-        });
+            return checkArrays(e, c, 2, StatusSizeError, run);
+        return checkArrays(e, c, c.len, frame, run);
     }
     case Shape::Wht:
     case Shape::WhtDispatcher: {
@@ -312,8 +349,7 @@ std::string checkOneCall(const uint8_t* data, size_t size)
         std::string problem;
         for (uint8_t* buffer : buffers) {
             const auto run = [&](const void* s, void* d) {
-                return e.shape == Shape::Wht ? reinterpret_cast<WhtKernel>(e.fn)(s, d, c.flag, buffer)
-                                             : reinterpret_cast<WhtDispatcher>(e.fn)(s, d, order, c.flag, buffer);
+                return e.shape == Shape::Wht ? call(e, s, d, c.flag, buffer) : call(e, s, d, order, c.flag, buffer);
             };
             problem = checkArrays(e, c, n, badOrder ? StatusSizeError : frame, run);
             if (!problem.empty())
