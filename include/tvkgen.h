@@ -124,7 +124,10 @@ TVKG_FAMILY(tvkgHartley, 64f)
 
 /* Walsh-Hadamard: orders 1..13 (2..8192 points). `buffer` is the work buffer
  * of orders 8..13 (16-byte aligned, size from tvkgWHTGetBufferSize_*); a null
- * buffer makes the kernel allocate its own for the call. */
+ * buffer makes the kernel allocate its own for the call. A buffer may be src
+ * or dst itself; one that overlaps either in any other way is not used (the
+ * kernel allocates its own, as for a null buffer), so the result is always
+ * that of a separate buffer. */
 #define TVKG_WHT_KERNEL(t, n) \
     TVKG_API TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer);
 TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 32f)

@@ -420,6 +420,34 @@ TEST_P(WhtBufferedTest, NullBufferAllocatesOnceForTheCall)
     EXPECT_EQ(gFreeCalls, 0);
 }
 
+// A buffer that overlaps src or dst partly (shifted by whole vectors either
+// way) is set aside for a block of the kernel's own: the bytes of a separate
+// buffer, one tvkMalloc and one tvkFree; a separate buffer costs none.
+TEST_P(WhtBufferedTest, PartlyOverlappingBufferGivesTheBytesOfASeparateOne)
+{
+    const auto input = randomInput(k, 16);
+    std::vector<unsigned char> expected(k.bytes());
+    WorkBuffer separate(k.bufferBytes(), 0);
+    ASSERT_EQ(k.run(input.data(), expected.data(), ScaleDivBySqrtN, separate.data), StatusOk);
+    const long bytes = static_cast<long>(k.bytes()), buffer = k.bufferBytes();
+    for (bool intoSrc : {true, false})
+        for (long shift : {-buffer + 16, -bytes / 2, 16L, bytes / 2, bytes - 16}) {
+            // One arena holds src, dst and the buffer, 16-byte aligned.
+            WorkBuffer arena(static_cast<size_t>(4 * bytes + 2 * buffer), 0);
+            unsigned char* src = arena.data + buffer;
+            unsigned char* dst = src + bytes + buffer;
+            std::memcpy(src, input.data(), k.bytes());
+            unsigned char* work = (intoSrc ? src : dst) + shift;
+            gMallocCalls = 0;
+            gFreeCalls = 0;
+            ASSERT_EQ(k.run(src, dst, ScaleDivBySqrtN, work), StatusOk);
+            EXPECT_EQ(0, std::memcmp(dst, expected.data(), k.bytes()))
+                << (intoSrc ? "into src" : "into dst") << " by " << shift;
+            EXPECT_EQ(gMallocCalls, 1);
+            EXPECT_EQ(gFreeCalls, 1);
+        }
+}
+
 INSTANTIATE_TEST_SUITE_P(Orders8To13, WhtBufferedTest, ::testing::ValuesIn(kernelsWhere(true)),
                          orderLabel);
 

@@ -113,6 +113,15 @@ TVKG_INLINE void passes(const typename Ops::Real* src, typename Ops::Real* dst, 
 
 // ---- validation and paths ----------------------------------------------------
 
+// Whether a caller's buffer of `bytes` shares a byte with an array of
+// `arrayBytes` other than by starting where it starts (a buffer that is src
+// or dst itself is read whole before it is written, see passes).
+TVKG_INLINE bool overlapsPartly(const void* buffer, size_t bytes, const void* array, size_t arrayBytes)
+{
+    const auto b = reinterpret_cast<uintptr_t>(buffer), a = reinterpret_cast<uintptr_t>(array);
+    return b != a && b < a + arrayBytes && a < b + bytes;
+}
+
 template <class Real, int Order, class Access>
 TVKG_INLINE TvkStatus checkAndRun(const Real* src, Real* dst, int flag, uint8_t* buffer)
 {
@@ -128,10 +137,15 @@ TVKG_INLINE TvkStatus checkAndRun(const Real* src, Real* dst, int flag, uint8_t*
         vectorBody<SimdOps<Real>, Order, Access>(src, dst, scale);
     } else {
         // Allocation results are not tested: a failed tvkMalloc faults on the
-        // first store, and callers who must survive that pass a buffer.
-        const bool ownsBuffer = buffer == nullptr;
+        // first store, and callers who must survive that pass a buffer. A
+        // buffer that overlaps src or dst partly is set aside for one of
+        // the kernel's own, which gives the bytes of a separate buffer.
+        constexpr size_t arrayBytes = sizeof(Real) << Order;
+        const size_t bytes = static_cast<size_t>(bufferBytes<Real>(Order));
+        const bool ownsBuffer = buffer == nullptr || overlapsPartly(buffer, bytes, src, arrayBytes) ||
+                                overlapsPartly(buffer, bytes, dst, arrayBytes);
         if (ownsBuffer)
-            buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferBytes<Real>(Order))));
+            buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bytes)));
         passes<SimdOps<Real>, Order, Access>(src, dst, scale, reinterpret_cast<Real*>(buffer));
         if (ownsBuffer)
             tvkFree(buffer);

@@ -4,6 +4,8 @@
 //   fuzz_replay DIR...       every file of each directory, one call each
 //   fuzz_replay --seed DIR   writes the seed corpus (a few hundred calls
 //                            over every export, valid and invalid)
+//   fuzz_replay --edges      every export with every bad argument of its
+//                            frame, and good ones beside them
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -47,6 +49,13 @@ int main(int argc, char** argv)
 {
     if (argc == 3 && std::string(argv[1]) == "--seed")
         return writeSeeds(argv[2]);
+    if (argc == 2 && std::string(argv[1]) == "--edges") {
+        size_t calls = 0;
+        const std::string problem = tvkfuzz::checkEdgeCalls(calls);
+        std::printf("%zu edge calls over %zu exports%s%s\n", calls, tvkfuzz::exportCount(), problem.empty() ? "" : ": ",
+                    problem.c_str());
+        return problem.empty() ? 0 : 1;
+    }
     int calls = 0, failures = 0;
     for (int a = 1; a < argc; ++a)
         for (const auto& entry : std::filesystem::directory_iterator(argv[a])) {
