@@ -45,8 +45,8 @@ struct Lanes<float> {
 template <>
 struct Lanes<double> {
     using V = V2d;
-    static TVKG_INLINE V loadAny(const double* p) { return loadHalves(p); }
-    static TVKG_INLINE void storeAny(double* p, V v) { storeHalves(p, v); }
+    static TVKG_INLINE V loadAny(const double* p) { return loadu(p); }
+    static TVKG_INLINE void storeAny(double* p, V v) { storeu(p, v); }
     static TVKG_INLINE V reverse(V v) { return swapLanes(v); }
     static TVKG_INLINE void transpose(V* v)
     {

@@ -4,8 +4,7 @@
 //
 //   loadScalar / storeScalar  one number at any byte address
 //   load / store            aligned 128-bit moves
-//   loadu / storeu          unaligned 128-bit moves (V4f)
-//   loadHalves / storeHalves  one V2d as two separate 64-bit moves
+//   loadu / storeu          unaligned 128-bit moves, by their bytes
 //   loadLowPair             (p0, p1, 0, 0): one 32fc element, 64-bit move
 //   storeLowPair / storeHighPair  lanes 0-1 / 2-3 as one 64-bit move
 //   add, sub, mul, bitXor   lane-wise arithmetic; bitXor flips sign bits
@@ -60,9 +59,10 @@ TVKG_INLINE void storeScalar(T* p, T v)
 
 namespace tvkgen::simd {
 
-// Load/store policies of the two bodies of a kernel. The unaligned twin of a
-// 64fc kernel moves each element as two 64-bit halves; a 32fc twin uses
-// unaligned 128-bit moves.
+// Load/store policies of the two bodies of a kernel: the unaligned twin
+// moves its vectors with unaligned 128-bit moves (a 64fc element's two
+// halves in one move, which is what compilers made of two adjacent 64-bit
+// moves anyway).
 struct AlignedAccess {
     static TVKG_INLINE V2d load(const double* p) { return simd::load(p); }
     static TVKG_INLINE void store(double* p, V2d v) { simd::store(p, v); }
@@ -71,8 +71,8 @@ struct AlignedAccess {
 };
 
 struct UnalignedAccess {
-    static TVKG_INLINE V2d load(const double* p) { return simd::loadHalves(p); }
-    static TVKG_INLINE void store(double* p, V2d v) { simd::storeHalves(p, v); }
+    static TVKG_INLINE V2d load(const double* p) { return simd::loadu(p); }
+    static TVKG_INLINE void store(double* p, V2d v) { simd::storeu(p, v); }
     static TVKG_INLINE V4f load(const float* p) { return simd::loadu(p); }
     static TVKG_INLINE void store(float* p, V4f v) { simd::storeu(p, v); }
 };

@@ -51,8 +51,8 @@ TVKG_INLINE void store(double* p, V2d v)
     p[0] = v.lane[0];
     p[1] = v.lane[1];
 }
-TVKG_INLINE V2d loadHalves(const double* p) { return V2d{{loadScalar(p), loadScalar(p + 1)}}; }
-TVKG_INLINE void storeHalves(double* p, V2d v)
+TVKG_INLINE V2d loadu(const double* p) { return V2d{{loadScalar(p), loadScalar(p + 1)}}; }
+TVKG_INLINE void storeu(double* p, V2d v)
 {
     storeScalar(p, v.lane[0]);
     storeScalar(p + 1, v.lane[1]);

@@ -12,30 +12,26 @@ TVKG_INLINE V4f load(const float* p) { return _mm_load_ps(p); }
 TVKG_INLINE V4f loadu(const float* p) { return _mm_loadu_ps(p); }
 TVKG_INLINE void store(float* p, V4f v) { _mm_store_ps(p, v); }
 TVKG_INLINE void storeu(float* p, V4f v) { _mm_storeu_ps(p, v); }
-// 64-bit moves of one 32fc element, by their bytes, so any address works.
+// 64-bit moves of one 32fc element. These intrinsics are built-in moves of
+// any alignment (movlps, movhps), never a dereference in the language, so
+// any address is well defined.
 TVKG_INLINE V4f loadLowPair(const float* p)
 {
-    return _mm_castpd_ps(_mm_set_sd(loadScalar(reinterpret_cast<const double*>(p))));
+    return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p));
 }
-TVKG_INLINE void storeLowPair(float* p, V4f v)
-{
-    storeScalar(reinterpret_cast<double*>(p), _mm_cvtsd_f64(_mm_castps_pd(v)));
-}
-TVKG_INLINE void storeHighPair(float* p, V4f v)
-{
-    const __m128d d = _mm_castps_pd(v);
-    storeScalar(reinterpret_cast<double*>(p), _mm_cvtsd_f64(_mm_unpackhi_pd(d, d)));
-}
+TVKG_INLINE void storeLowPair(float* p, V4f v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), v); }
+TVKG_INLINE void storeHighPair(float* p, V4f v) { _mm_storeh_pi(reinterpret_cast<__m64*>(p), v); }
 
 TVKG_INLINE V2d load(const double* p) { return _mm_load_pd(p); }
 TVKG_INLINE void store(double* p, V2d v) { _mm_store_pd(p, v); }
-// One V2d as two separate 64-bit moves, by their bytes.
-TVKG_INLINE V2d loadHalves(const double* p) { return _mm_set_pd(loadScalar(p + 1), loadScalar(p)); }
-TVKG_INLINE void storeHalves(double* p, V2d v)
+// A V2d at any address, moved by its bytes: one unaligned 128-bit move.
+TVKG_INLINE V2d loadu(const double* p)
 {
-    storeScalar(p, _mm_cvtsd_f64(v));
-    storeScalar(p + 1, _mm_cvtsd_f64(_mm_unpackhi_pd(v, v)));
+    V2d v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
 }
+TVKG_INLINE void storeu(double* p, V2d v) { std::memcpy(p, &v, sizeof v); }
 
 TVKG_INLINE V4f add(V4f a, V4f b) { return _mm_add_ps(a, b); }
 TVKG_INLINE V4f sub(V4f a, V4f b) { return _mm_sub_ps(a, b); }
