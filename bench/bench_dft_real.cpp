@@ -18,7 +18,7 @@ template <typename Real>
 void registerOurs(const tvktest::RealKernel& k)
 {
     const auto fn = reinterpret_cast<RealKernelFn<Real>>(k.fn);
-    const int size = k.size, cells = k.cells();
+    const int size = k.size, cells = k.outCells();
     tvkbench::registerCase("dft_real", k.type, "fwd", size, tvkbench::kOurs, [fn, size, cells](benchmark::State& state) {
         auto src = tvkbench::alignedReals<Real>(size);
         auto dst = tvkbench::alignedReals<Real>(cells);

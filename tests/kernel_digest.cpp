@@ -116,18 +116,19 @@ bool digestComplexKernels(Digests& out)
     return true;
 }
 
-// Forward real kernels: N inputs, the layout's cells out; in place the
-// array has room for both.
-bool digestRealKernels(Digests& out)
+// Kernels on real data: the forward ones from N inputs to the layout's
+// cells, the inverse ones back, the Hartley ones N to N; in place the array
+// has room for both.
+bool digestRealKernels(Digests& out, tvktest::RealFamily family)
 {
-    for (const tvktest::RealKernel& k : tvktest::builtRealForwardKernels()) {
-        const size_t outBytes = k.cells() * k.realBytes();
-        Arrays arrays(std::max<size_t>(k.size, k.cells()) * k.realBytes());
+    for (const tvktest::RealKernel& k : tvktest::builtRealKernels(family)) {
+        const size_t outBytes = k.outCells() * k.realBytes();
+        Arrays arrays(std::max(k.inCells(), k.outCells()) * k.realBytes());
         for (Path path : kPaths) {
             uint64_t hash = kFnvBasis;
             for (unsigned seed = 0; seed < 16; ++seed)
                 for (int flag : {1, 2, 4, 8}) {
-                    const auto [in, result] = arrays.prepare(path, k.is64(), k.size, seed);
+                    const auto [in, result] = arrays.prepare(path, k.is64(), k.inCells(), seed);
                     if (k.run(in, result, flag) != StatusOk)
                         return false;
                     hash = fnv1a(result, outBytes, hash);
@@ -271,7 +272,9 @@ int main(int argc, char** argv)
 
     Digests digests;
     const bool ok =
-        digestComplexKernels(digests) && digestRealKernels(digests) && digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
+        digestComplexKernels(digests) && digestRealKernels(digests, tvktest::RealFamily::Forward) &&
+        digestRealKernels(digests, tvktest::RealFamily::Inverse) &&
+        digestRealKernels(digests, tvktest::RealFamily::Hartley) && digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
         digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
         digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
         digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);

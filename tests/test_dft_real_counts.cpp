@@ -6,9 +6,7 @@
 #include <map>
 #include <string>
 
-#include "real_kernels.h"
-
-using namespace tvktest;
+#include "dft_real_forward_counts.h"
 
 namespace {
 

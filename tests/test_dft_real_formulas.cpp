@@ -97,7 +97,7 @@ Spectrum<T> formula(int n, const std::vector<T>& x, T f)
 template <class T>
 std::vector<T> run(const RealKernel& k, const std::vector<T>& x, int flag)
 {
-    std::vector<T> out(k.cells());
+    std::vector<T> out(k.outCells());
     EXPECT_EQ(k.run(x.data(), out.data(), flag), StatusOk);
     return out;
 }
@@ -106,7 +106,7 @@ template <class T>
 void expectFormula(const RealKernel& k)
 {
     for (int flag : kGoodFlags) {
-        const T f = static_cast<T>(forwardScale(k, flag));
+        const T f = static_cast<T>(scaleOf(k, flag));
         for (unsigned seed = 0; seed < 20; ++seed) {
             const std::vector<T> x = randomReals<T>(k.size, 300 + seed, T(-4), T(4));
             const Spectrum<T> want = formula<T>(k.size, x, f);

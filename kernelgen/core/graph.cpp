@@ -171,6 +171,15 @@ Graph Graph::remapStores(const std::function<int(int)>& cellOf) const
     return out;
 }
 
+Graph Graph::remapLoads(const std::function<int(int)>& cellOf) const
+{
+    Graph out = *this;
+    for (Node& node : out.nodes_)
+        if (isLoad(node.op))
+            node.offset = cellOf(node.offset);
+    return out;
+}
+
 Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
 {
     negOut = negA && negB;

@@ -133,6 +133,9 @@ public:
     // The same graph with every store moved to cellOf(offset), and dropped
     // where that is -1: one computation, stored in another layout.
     Graph remapStores(const std::function<int(int)>& cellOf) const;
+    // The same graph with every load reading cellOf(offset) instead: one
+    // computation, read from another layout.
+    Graph remapLoads(const std::function<int(int)>& cellOf) const;
 
     // Which nodes reach a store; the printer drops the rest.
     std::vector<bool> liveNodes() const;

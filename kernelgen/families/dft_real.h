@@ -1,27 +1,25 @@
-// The forward real DFT family: the method of every size, and the kernels
-// of its three layouts in both element types.
+// The real DFT families: forward kernels into CCS, Pack and Perm, and the
+// inverse kernels reading them back, in both element types.
 #pragma once
 
 #include <vector>
 
 #include "core/kernel.h"
+#include "families/real_roads.h"
 
 namespace kernelgen {
 
-enum class RealType { R32, R64 };
-
-// Sizes that have a method, ascending.
-std::vector<int> realSizes();
-
-// The CCS, Pack and Perm kernels of one size and type; no kernels for a
-// size without a method.
+// The CCS, Pack and Perm kernels of one size and type, forward or inverse.
 FramedKernelFile realForwardSizeFile(RealType type, int size);
+FramedKernelFile realInverseSizeFile(RealType type, int size);
 
-// The six size dispatchers.
+// The six size dispatchers of each direction.
 std::vector<SizeDispatcher> realForwardDispatchers();
+std::vector<SizeDispatcher> realInverseDispatchers();
 
-// Operation counts of every forward real kernel, one row per size and type
-// (the layouts share the arithmetic).
+// Operation counts of every kernel, one row per size and type (the layouts
+// share the arithmetic).
 CountsTable realForwardCounts();
+CountsTable realInverseCounts();
 
 } // namespace kernelgen

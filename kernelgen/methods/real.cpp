@@ -1,6 +1,7 @@
 #include "methods/real.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -8,6 +9,7 @@
 
 #include "arith/scalar_arith.h"
 #include "core/inline.h"
+#include "core/statements.h"
 #include "core/transpose.h"
 #include "methods/codelets.h"
 #include "methods/convolution.h"
@@ -170,40 +172,50 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
     return X.bins();
 }
 
-Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins)
+namespace {
+
+// A forward real block apart: loads 0 .. n-1, the parts of bins 0 .. bins-1
+// stored bare to cells 2k and 2k + 1, with the sign each comes back with.
+struct ForwardBlock {
+    Graph graph;
+    std::map<int, bool> negative;
+};
+
+void buildForwardBlock(ForwardBlock& b, ScalarArith& ar, const RealTransform& forward, int n, size_t bins)
 {
-    auto* scalar = dynamic_cast<ScalarArith*>(&ar);
-    if (!scalar)
-        throw std::logic_error("a transposed block needs the scalar arithmetic");
-    // The forward block apart: loads 0 .. n-1, the parts of bin k stored
-    // bare to cells 2k and 2k + 1, with the sign each comes back with.
-    Graph block;
-    const auto blockArith = scalar->onGraph(block);
     Signal x(n);
     for (int i = 0; i < n; ++i)
-        x[i] = Cx{block.load(scalar->element(), i)};
-    const Signal X = forward(*blockArith, x);
-    std::map<int, bool> negative;
+        x[i] = Cx{b.graph.load(ar.element(), i)};
+    const Signal X = forward(ar, x);
     const auto storeBare = [&](Graph::Value v, bool neg, int cell) {
         if (v < 0)
             return;
-        block.store(blockArith->variable(v), cell);
-        negative[cell] = neg;
+        b.graph.store(ar.variable(v), cell);
+        b.negative[cell] = neg;
     };
-    for (size_t k = 0; k < bins.size(); ++k) {
+    for (size_t k = 0; k < bins; ++k) {
         storeBare(X[k].re, X[k].negRe, 2 * static_cast<int>(k));
         storeBare(X[k].im, X[k].negIm, 2 * static_cast<int>(k) + 1);
     }
-    // Its transpose reads those cells; a cell stored negated takes its
-    // input negated.
+}
+
+// The transpose's inputs: the parts of `bins` by cell; a cell stored negated
+// takes its input negated.
+std::map<int, SignedValue> adjointInputs(const ForwardBlock& b, const Signal& bins,
+                                         const std::function<Graph::Value(Graph::Value)>& variable)
+{
     std::map<int, SignedValue> inputs;
-    for (const auto& [cell, neg] : negative) {
+    for (const auto& [cell, neg] : b.negative) {
         const Cx& bin = bins[cell / 2];
         const Graph::Value part = cell % 2 ? bin.im : bin.re;
         const bool partNeg = cell % 2 ? bin.negIm : bin.negRe;
-        inputs[cell] = part < 0 ? SignedValue{} : SignedValue{scalar->variable(part), partNeg != neg};
+        inputs[cell] = part < 0 ? SignedValue{} : SignedValue{variable(part), partNeg != neg};
     }
-    const std::map<int, SignedValue> out = inlineGraph(ar.graph(), transpose(block), inputs);
+    return inputs;
+}
+
+Signal realsOf(const std::map<int, SignedValue>& out, int n)
+{
     Signal y(n);
     for (int r = 0; r < n; ++r) {
         const auto found = out.find(r);
@@ -211,6 +223,28 @@ Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, co
             y[r] = Cx{found->second.value, -1, found->second.negative, false};
     }
     return y;
+}
+
+} // namespace
+
+Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins)
+{
+    auto* scalar = dynamic_cast<ScalarArith*>(&ar);
+    if (!scalar)
+        throw std::logic_error("a transposed block needs the scalar arithmetic");
+    ForwardBlock block;
+    buildForwardBlock(block, *scalar->onGraph(block.graph), forward, n, bins.size());
+    const auto inputs = adjointInputs(block, bins, [&](Graph::Value v) { return scalar->variable(v); });
+    return realsOf(inlineGraph(ar.graph(), transpose(block.graph), inputs), n);
+}
+
+Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins)
+{
+    ForwardBlock block;
+    ScalarArith wide(block.graph, Direction::Forward, Kind::F64, RoundingPolicy::elementType());
+    buildForwardBlock(block, wide, forward, n, bins.size());
+    const auto inputs = adjointInputs(block, bins, [](Graph::Value v) { return v; });
+    return realsOf(inlineAsStatements(g, transpose(block.graph), inputs, element), n);
 }
 
 namespace {

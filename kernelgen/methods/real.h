@@ -48,6 +48,12 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
 // in: the data flow backwards through the forward method.
 Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins);
 
+// The adjoint of the real transform `forward` of size n as the body of a
+// kernel on `g`: the block is built apart in binary64, transposed, and
+// copied in with the statements of `element` (core/statements.h). `bins`
+// are variables of `element`, a missing part an exact zero.
+Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins);
+
 // The bins of a real transform of size m = 2n whose second half of input is
 // zero, as transforms of the n reals of the first half: the even bins
 // 0, 2, .., (the real size-n transform) and the odd bins 1, 3, .. up to n

@@ -1,4 +1,4 @@
-// The forward real kernels that this build holds, found by their exported
+// The real-data kernels that this build holds, found by their exported
 // names, with the layouts' cell maps written out here independently of the
 // generator.
 #pragma once
@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "dft_real_forward_counts.h"
 #include "tvkgen.h"
 
 namespace tvktest {
@@ -41,21 +40,31 @@ inline int cellOf(Layout l, int n, int k, bool imaginary)
     return first + (imaginary ? 1 : 0);
 }
 
+// The three families on real data: forward kernels into a layout, inverse
+// kernels reading one, and the Hartley transform (N cells both ways).
+enum class RealFamily { Forward, Inverse, Hartley };
+
 struct RealKernel {
+    RealFamily family;
     std::string type; // "32f" or "64f"
     int size;
-    Layout layout;
-    RealKernelCounts counts;
+    Layout layout; // CCS for Hartley, which has no layout
     void* fn;
 
     bool is64() const { return type == "64f"; }
     int realBytes() const { return is64() ? 8 : 4; }
-    int cells() const { return layoutCells(layout, size); }
-    std::string name() const
+    int inCells() const { return family == RealFamily::Inverse ? layoutCells(layout, size) : size; }
+    int outCells() const { return family == RealFamily::Forward ? layoutCells(layout, size) : size; }
+    std::string familyName() const
     {
-        return std::string("tvkgDFTFwd_RTo") + layoutName(layout) + "_" + std::to_string(size) + "_" + type;
+        switch (family) {
+        case RealFamily::Forward: return std::string("tvkgDFTFwd_RTo") + layoutName(layout);
+        case RealFamily::Inverse: return std::string("tvkgDFTInv_") + layoutName(layout) + "ToR";
+        default: return "tvkgHartley";
+        }
     }
-    std::string dispatcherName() const { return std::string("tvkgDFTFwd_RTo") + layoutName(layout) + "_" + type; }
+    std::string name() const { return familyName() + "_" + std::to_string(size) + "_" + type; }
+    std::string dispatcherName() const { return familyName() + "_" + type; }
     TvkStatus run(const void* src, void* dst, int flag) const
     {
         if (is64())
@@ -73,35 +82,54 @@ struct RealKernel {
         return reinterpret_cast<TvkStatus (*)(const Tvk32f*, Tvk32f*, int, int)>(d)(
             static_cast<const Tvk32f*>(src), static_cast<Tvk32f*>(dst), len, flag);
     }
+    // The kernel of the same size and type in another family or layout.
+    RealKernel sibling(RealFamily f, Layout l) const
+    {
+        RealKernel k{f, type, size, l, nullptr};
+        k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+        return k;
+    }
 };
 
-inline std::vector<RealKernel> builtRealForwardKernels()
+// Every kernel of a family, sizes 2 to 64, both types, every layout.
+inline std::vector<RealKernel> builtRealKernels(RealFamily family)
 {
     std::vector<RealKernel> kernels;
-    for (const RealKernelCounts& c : kRealForwardCounts)
-        for (Layout l : kLayouts) {
-            RealKernel k{c.type, c.size, l, c, nullptr};
-            k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
-            kernels.push_back(k);
-        }
+    for (const char* type : {"32f", "64f"})
+        for (int size = 2; size <= 64; ++size)
+            for (Layout l : kLayouts) {
+                if (family == RealFamily::Hartley && l != Layout::CCS)
+                    continue;
+                RealKernel k{family, type, size, l, nullptr};
+                k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+                kernels.push_back(k);
+            }
     return kernels;
 }
+
+inline std::vector<RealKernel> builtRealForwardKernels() { return builtRealKernels(RealFamily::Forward); }
 
 inline void PrintTo(const RealKernel& k, std::ostream* out) { *out << k.name(); }
 
 inline std::string realKernelLabel(const RealKernel& k)
 {
-    return std::string(layoutName(k.layout)) + std::to_string(k.size) + "_" + k.type;
+    const char* family = k.family == RealFamily::Forward ? "" : k.family == RealFamily::Inverse ? "Inv" : "Hartley";
+    return family + std::string(k.family == RealFamily::Hartley ? "" : layoutName(k.layout)) + std::to_string(k.size) +
+           "_" + k.type;
 }
 
-// The forward factors: 1/N correctly rounded in the element type, 1/sqrt(N)
-// as the binary64 quotient 1.0/sqrt(N) in 64f and the nearest binary32 in 32f.
-inline double forwardScale(const RealKernel& k, int flag)
+// The factor a flag picks: 1/N correctly rounded in the element type,
+// 1/sqrt(N) as the binary64 quotient 1.0/sqrt(N) in 64f and the nearest
+// binary32 in 32f. Each direction divides by N on its own flag, the Hartley
+// transform on both.
+inline double scaleOf(const RealKernel& k, int flag)
 {
     if (flag == ScaleDivBySqrtN)
         return k.is64() ? 1.0 / std::sqrt(static_cast<double>(k.size))
                         : static_cast<float>(1.0L / std::sqrt(static_cast<long double>(k.size)));
-    if (flag == ScaleDivForwardByN)
+    const bool divides = (flag == ScaleDivForwardByN && k.family != RealFamily::Inverse) ||
+                         (flag == ScaleDivInverseByN && k.family != RealFamily::Forward);
+    if (divides)
         return k.is64() ? 1.0 / k.size : 1.0f / static_cast<float>(k.size);
     return 1.0;
 }

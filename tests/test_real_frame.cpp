@@ -1,0 +1,138 @@
+// The call frame of every kernel on real data (forward, inverse, Hartley):
+// statuses and their order, untouched arrays on failure, the dispatchers,
+// any address, in place, and threads.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "real_inputs.h"
+
+using namespace tvktest;
+
+namespace {
+
+class RealFrameTest : public ::testing::TestWithParam<RealKernel> {
+protected:
+    const RealKernel& k = GetParam();
+    size_t inBytes() const { return k.inCells() * k.realBytes(); }
+    size_t outBytes() const { return k.outCells() * k.realBytes(); }
+};
+
+TEST_P(RealFrameTest, IsExported)
+{
+    EXPECT_NE(k.fn, nullptr) << k.name();
+}
+
+TEST_P(RealFrameTest, BadFlagsAndNullPointersLeaveArraysUntouched)
+{
+    const auto input = randomInput(k, 1);
+    OffsetArray<unsigned char> src(inBytes(), 0), dst(outBytes(), 0);
+    src.copyFrom(input.data());
+    dst.fillBytes(0xA5);
+    const auto dstBefore = dst.snapshot(32);
+    for (int flag : kBadFlags) {
+        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
+        EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
+        EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
+    }
+    EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
+    EXPECT_EQ(dst.snapshot(32), dstBefore);
+    EXPECT_EQ(0, std::memcmp(src.get(), input.data(), inBytes()));
+}
+
+TEST_P(RealFrameTest, DispatcherChecksTheSizeFirstThenRoutesToTheKernel)
+{
+    const auto input = randomInput(k, 2);
+    std::vector<unsigned char> viaKernel(outBytes()), viaDispatcher(outBytes());
+    ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
+    ASSERT_EQ(k.runDispatcher(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
+    EXPECT_EQ(viaKernel, viaDispatcher);
+    std::vector<unsigned char> untouched(outBytes(), 0x5A), dst = untouched;
+    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX})
+        EXPECT_EQ(k.runDispatcher(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
+    EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
+    EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, 3), StatusNullPointer);
+    EXPECT_EQ(dst, untouched);
+}
+
+// Every byte address of src and dst, and in-place calls, give the bytes of
+// the aligned out-of-place call. Nothing behind the output cells changes:
+// in place, the input cells behind them keep their bytes (cells N and N+1
+// of an inverse CCS array).
+TEST_P(RealFrameTest, AnyAddressAndInPlaceGiveTheSameBytes)
+{
+    const auto input = randomInput(k, 4);
+    const auto reference = runKernel(k, input, ScaleDivBySqrtN);
+    ASSERT_EQ(reference.size(), outBytes());
+    const size_t room = std::max(inBytes(), outBytes());
+    for (int srcOffset : kOffsets)
+        for (int dstOffset : kOffsets) {
+            OffsetArray<unsigned char> src(inBytes(), srcOffset), dst(outBytes(), dstOffset);
+            src.copyFrom(input.data());
+            dst.fillBytes(0xC3);
+            ASSERT_EQ(k.run(src.get(), dst.get(), ScaleDivBySqrtN), StatusOk);
+            const auto out = dst.snapshot(32);
+            EXPECT_EQ(0, std::memcmp(out.data(), reference.data(), outBytes()))
+                << "offsets " << srcOffset << ", " << dstOffset;
+            for (size_t i = outBytes(); i < out.size(); ++i)
+                ASSERT_EQ(out[i], 0xC3) << "byte " << i << " behind the output";
+            EXPECT_EQ(0, std::memcmp(src.get(), input.data(), inBytes())) << "src changed";
+        }
+    for (int offset : kOffsets) {
+        OffsetArray<unsigned char> both(room, offset);
+        both.fillBytes(0x3C);
+        std::memcpy(both.get(), input.data(), inBytes());
+        ASSERT_EQ(k.run(both.get(), both.get(), ScaleDivBySqrtN), StatusOk);
+        const auto out = both.snapshot(32);
+        EXPECT_EQ(0, std::memcmp(out.data(), reference.data(), outBytes())) << "in place, offset " << offset;
+        for (size_t i = outBytes(); i < inBytes(); ++i)
+            ASSERT_EQ(out[i], input[i]) << "input byte " << i << " behind the output, in place";
+        for (size_t i = room; i < out.size(); ++i)
+            ASSERT_EQ(out[i], 0x3C) << "byte " << i << " behind the array";
+    }
+}
+
+std::vector<RealKernel> allRealKernels()
+{
+    std::vector<RealKernel> all;
+    for (RealFamily f : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley}) {
+        const auto family = builtRealKernels(f);
+        all.insert(all.end(), family.begin(), family.end());
+    }
+    return all;
+}
+
+// Kernels hold no state: threads calling every kernel at once on one input
+// get the bytes of a single thread.
+TEST(RealThreads, ConcurrentCallsGiveTheBytesOfOneThread)
+{
+    const std::vector<RealKernel> kernels = allRealKernels();
+    const auto runAll = [&](std::vector<std::vector<unsigned char>>& outs) {
+        for (size_t i = 0; i < kernels.size(); ++i) {
+            const RealKernel& k = kernels[i];
+            const auto input = randomInput(k, 6);
+            outs[i].assign(k.outCells() * k.realBytes(), 0);
+            k.run(input.data(), outs[i].data(), ScaleDivBySqrtN);
+        }
+    };
+    std::vector<std::vector<unsigned char>> serial(kernels.size());
+    runAll(serial);
+    std::vector<std::vector<std::vector<unsigned char>>> parallel(4, std::vector<std::vector<unsigned char>>(kernels.size()));
+    std::vector<std::thread> threads;
+    for (auto& outs : parallel)
+        threads.emplace_back([&runAll, &outs] { runAll(outs); });
+    for (std::thread& t : threads)
+        t.join();
+    for (const auto& outs : parallel)
+        for (size_t i = 0; i < kernels.size(); ++i)
+            EXPECT_EQ(outs[i], serial[i]) << kernels[i].name();
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, RealFrameTest, ::testing::ValuesIn(allRealKernels()),
+                         [](const auto& info) { return realKernelLabel(info.param); });
+
+} // namespace
