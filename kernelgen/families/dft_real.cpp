@@ -18,10 +18,7 @@ Graph forwardGraph(RealType type, int n)
     Graph g;
     const Kind kind = elementKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
-    Signal x(n);
-    for (int i = 0; i < n; ++i)
-        x[i] = Cx{g.load(kind, i)};
-    const Signal X = realRoad(RoadSet::Forward, n)(ar, x);
+    const Signal X = runRoadOnLoads(ar, RoadSet::Forward, n);
     const SectionScope section(g, "factor and stores");
     for (int k = 0; 2 * k <= n; ++k) {
         ar.storeOutput(X[k].re, X[k].negRe, 2 * k);

@@ -19,10 +19,7 @@ Graph hartleyGraph(RealType type, int n)
     Graph g;
     const Kind kind = elementKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
-    Signal x(n);
-    for (int i = 0; i < n; ++i)
-        x[i] = Cx{g.load(kind, i)};
-    const Signal X = realRoad(RoadSet::Hartley, n)(ar, x);
+    const Signal X = runRoadOnLoads(ar, RoadSet::Hartley, n);
     const SectionScope section(g, "butterflies of the parts, factor and stores");
     const Graph::Value scale = g.scaleArg(kind);
     const auto store = [&](Graph::Value v, bool negative, int cell) {

@@ -203,6 +203,14 @@ std::vector<int> realSizes()
     return sizes;
 }
 
+Signal runRoadOnLoads(ScalarArith& ar, RoadSet set, int n)
+{
+    Signal x(n);
+    for (int i = 0; i < n; ++i)
+        x[i] = Cx{ar.graph().load(ar.element(), i)};
+    return realRoad(set, n)(ar, x);
+}
+
 const RealTransform& realRoad(RoadSet set, int n) { return roads(set).at(n).real; }
 const std::string& realRoadWords(RoadSet set, int n) { return roads(set).at(n).words; }
 

@@ -29,6 +29,12 @@ std::vector<int> realSizes();
 const RealTransform& realRoad(RoadSet set, int n);
 const std::string& realRoadWords(RoadSet set, int n);
 
+class ScalarArith;
+
+// The road of size n in a set, run by `ar` on n reals loaded from cells
+// 0 .. n-1: the half spectrum, before any factor.
+Signal runRoadOnLoads(ScalarArith& ar, RoadSet set, int n);
+
 const char* typeSuffix(RealType type);
 Kind elementKind(RealType type);
 // Rounding of the forward statements: the binary32 statement rule or
