@@ -2,6 +2,7 @@
 // call of ours beside the peer's, and their ratio (below 1: we are faster).
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -12,17 +13,28 @@
 
 namespace {
 
+// Sorted by family and variant first: each pair gets one table summary.
 struct CaseKey {
-    std::string family, type, variant;
+    std::string family, variant, type;
     int size;
     auto operator<=>(const CaseKey&) const = default;
 };
 
+// Times of every repetition; the table shows their medians.
 struct CaseTimes {
-    double ours = NAN;
+    std::vector<double> ours;
     std::string peer;
-    double peerTime = NAN;
+    std::vector<double> peerTimes;
 };
+
+double median(std::vector<double> v)
+{
+    if (v.empty())
+        return NAN;
+    std::sort(v.begin(), v.end());
+    const size_t h = v.size() / 2;
+    return v.size() % 2 ? v[h] : (v[h - 1] + v[h]) / 2;
+}
 
 class RatioTableReporter : public benchmark::ConsoleReporter {
 public:
@@ -35,12 +47,12 @@ public:
             std::vector<std::string> parts = split(run.benchmark_name());
             if (parts.size() < 5)
                 continue;
-            CaseTimes& times = cases_[{parts[0], parts[1], parts[2], std::stoi(parts[3])}];
+            CaseTimes& times = cases_[{parts[0], parts[2], parts[1], std::stoi(parts[3])}];
             if (parts[4] == tvkbench::kOurs)
-                times.ours = run.GetAdjustedRealTime();
+                times.ours.push_back(run.GetAdjustedRealTime());
             else {
                 times.peer = parts[4];
-                times.peerTime = run.GetAdjustedRealTime();
+                times.peerTimes.push_back(run.GetAdjustedRealTime());
             }
         }
     }
@@ -48,7 +60,7 @@ public:
     void Finalize() override
     {
         ConsoleReporter::Finalize();
-        std::string family;
+        std::string family; // a family and variant: each has its own summary
         double logSum = 0;
         int paired = 0, faster = 0;
         auto summary = [&] {
@@ -57,18 +69,18 @@ public:
                             std::exp(logSum / paired), paired, faster);
         };
         for (const auto& [key, times] : cases_) {
-            if (key.family != family) {
+            if (key.family + " " + key.variant != family) {
                 summary();
-                family = key.family;
+                family = key.family + " " + key.variant;
                 logSum = 0;
                 paired = faster = 0;
                 std::printf("\n%-12s %-5s %-8s %6s %12s %-7s %12s %7s\n", "family", "type", "variant", "size",
                             "tvkgen ns", "peer", "peer ns", "ratio");
             }
-            const double ratio = times.ours / times.peerTime;
+            const double ours = median(times.ours), peer = median(times.peerTimes), ratio = ours / peer;
             std::printf("%-12s %-5s %-8s %6d %12.2f %-7s %12.2f %7.2f\n", key.family.c_str(), key.type.c_str(),
-                        key.variant.c_str(), key.size, times.ours, times.peer.empty() ? "-" : times.peer.c_str(),
-                        times.peerTime, ratio);
+                        key.variant.c_str(), key.size, ours, times.peer.empty() ? "-" : times.peer.c_str(), peer,
+                        ratio);
             if (std::isfinite(ratio)) {
                 logSum += std::log(ratio);
                 ++paired;
