@@ -8,7 +8,7 @@
 namespace kernelgen {
 
 ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding)
-    : ScalarArith(graph, direction, element, rounding, std::make_shared<Statements>())
+    : ScalarArith(graph, direction, element, rounding, std::make_shared<Statements>(graph))
 {
 }
 
@@ -65,21 +65,14 @@ Graph::Value ScalarArith::variable(Graph::Value v)
         return v;
     if (!s_->finished.count(v))
         throw std::logic_error("a statement's value used before the statement ends");
-    const auto known = s_->rounded.find(v);
-    if (known != s_->rounded.end())
-        return known->second;
-    return s_->rounded[v] = graph_.narrow(v);
+    return s_->set.end(v);
 }
 
 Graph::Value ScalarArith::operand(Graph::Value v)
 {
     if (!wideRule() || inStatement(v))
         return v;
-    const Graph::Value x = variable(v);
-    const auto known = s_->widened.find(x);
-    if (known != s_->widened.end())
-        return known->second;
-    return s_->widened[x] = graph_.widen(x);
+    return s_->set.operand(variable(v));
 }
 
 Graph::Value ScalarArith::finish(Graph::Value v)
@@ -198,9 +191,7 @@ Graph::Value ScalarArith::scale()
 
 Graph::Value ScalarArith::wideScale()
 {
-    if (s_->wideScale < 0)
-        s_->wideScale = graph_.widen(scale());
-    return s_->wideScale;
+    return s_->set.operand(scale());
 }
 
 void ScalarArith::storeOutput(Graph::Value v, bool negative, int cell)
@@ -213,7 +204,7 @@ void ScalarArith::storeOutput(Graph::Value v, bool negative, int cell)
     Graph::Value out = graph_.mul(v, wide ? wideScale() : scale());
     if (negative)
         out = graph_.sub(graph_.constant(wide ? "kZeroDouble" : "kZero", kind, {0}), out);
-    graph_.store(wide ? graph_.narrow(out) : out, cell);
+    graph_.store(wide ? s_->set.end(out) : out, cell);
 }
 
 void ScalarArith::storeZero(int cell) { graph_.store(graph_.constant("kZero", element_, {0}), cell); }

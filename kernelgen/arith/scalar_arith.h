@@ -14,12 +14,12 @@
 // operation to binary64.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
 
 #include "arith/complex_arith.h"
+#include "core/statements.h"
 
 namespace kernelgen {
 
@@ -59,14 +59,13 @@ public:
     void storeZero(int cell);
 
 private:
-    // Statement results and the type changes made for them, shared by the
-    // arithmetics of both directions on one graph.
+    // The statements of the graph and which of them have ended, shared by
+    // the arithmetics of both directions on one graph.
     struct Statements {
+        explicit Statements(Graph& g) : set(g) {}
+        StatementSet set;
         std::set<Graph::Value> finished;
-        std::map<Graph::Value, Graph::Value> rounded; // statement result -> its binary32 variable
-        std::map<Graph::Value, Graph::Value> widened; // binary32 variable -> its exact binary64 operand
         Graph::Value scale = -1;
-        Graph::Value wideScale = -1;
     };
     ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding,
                 std::shared_ptr<Statements> statements);

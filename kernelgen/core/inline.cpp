@@ -5,6 +5,44 @@
 
 namespace kernelgen {
 
+namespace {
+
+bool holdsConstantProduct(const Graph& g, Graph::Value v)
+{
+    const Node& n = g.nodes()[v];
+    if (n.op == Op::Mul)
+        return g.nodes()[n.a].op == Op::Constant || g.nodes()[n.b].op == Op::Constant;
+    if (n.op == Op::Add || n.op == Op::Sub)
+        return holdsConstantProduct(g, n.a) || holdsConstantProduct(g, n.b);
+    return n.op == Op::Neg && holdsConstantProduct(g, n.a);
+}
+
+// The binary64 sums of widened binary32 values under `wide`, made again in
+// binary32 in the same order.
+Graph::Value inSingle(Graph& g, Graph::Value wide)
+{
+    const Node n = g.nodes()[wide];
+    switch (n.op) {
+    case Op::Widen: return n.a;
+    case Op::Add: return g.add(inSingle(g, n.a), inSingle(g, n.b));
+    case Op::Sub: return g.sub(inSingle(g, n.a), inSingle(g, n.b));
+    case Op::Neg: return g.neg(inSingle(g, n.a));
+    default: throw std::logic_error("a binary64 value without a binary32 form");
+    }
+}
+
+// A narrowing copied from a transposed binary32 block. The transpose of a
+// statement's widened operand sums the adjoints of its uses in binary64;
+// where that sum holds no product by a constant it is no statement, and is
+// made in binary32 as every such sum is (narrowing a lone widened value is
+// then the value itself).
+Graph::Value narrowOrRebuild(Graph& target, Graph::Value wide)
+{
+    return holdsConstantProduct(target, wide) ? target.narrow(wide) : inSingle(target, wide);
+}
+
+} // namespace
+
 std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const std::map<int, SignedValue>& inputs)
 {
     const std::vector<bool> live = sub.liveNodes();
@@ -42,7 +80,7 @@ std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const st
         case Op::Mul: out = {target.mul(a.value, b.value), a.negative != b.negative}; break;
         case Op::Neg: out = {a.value, !a.negative}; break;
         case Op::Widen: out = {target.widen(a.value), a.negative}; break;
-        case Op::Narrow: out = {target.narrow(a.value), a.negative}; break;
+        case Op::Narrow: out = {narrowOrRebuild(target, a.value), a.negative}; break;
         default: throw std::logic_error("an operation that a scalar block does not hold");
         }
     }

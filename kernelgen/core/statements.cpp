@@ -1,9 +1,50 @@
 #include "core/statements.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <vector>
 
 namespace kernelgen {
+
+Graph::Value StatementSet::operand(Graph::Value variable)
+{
+    const auto known = widened_.find(variable);
+    return known != widened_.end() ? known->second : widened_[variable] = g_.widen(variable);
+}
+
+Graph::Value StatementSet::end(Graph::Value wide)
+{
+    const auto known = rounded_.find(wide);
+    return known != rounded_.end() ? known->second : rounded_[wide] = g_.narrow(wide);
+}
+
+std::vector<Statement> statementsOf(const Graph& g)
+{
+    const std::vector<bool> live = g.liveNodes();
+    std::vector<Statement> statements;
+    for (size_t i = 0; i < g.nodes().size(); ++i) {
+        if (!live[i] || g.nodes()[i].op != Op::Narrow)
+            continue;
+        Statement s{static_cast<Graph::Value>(i), {}};
+        std::vector<bool> seen(g.nodes().size(), false);
+        std::vector<Graph::Value> stack = {g.nodes()[i].a};
+        while (!stack.empty()) {
+            const Graph::Value v = stack.back();
+            stack.pop_back();
+            const Node& n = g.nodes()[v];
+            if (seen[v] || n.op == Op::Widen || n.op == Op::Constant || n.kind != Kind::F64)
+                continue;
+            seen[v] = true;
+            s.operations.push_back(v);
+            for (const Graph::Value operand : {n.a, n.b})
+                if (operand >= 0)
+                    stack.push_back(operand);
+        }
+        std::sort(s.operations.begin(), s.operations.end());
+        statements.push_back(std::move(s));
+    }
+    return statements;
+}
 
 namespace {
 
@@ -17,7 +58,8 @@ struct Part {
 
 class StatementCopier {
 public:
-    StatementCopier(Graph& target, const Graph& sub) : t_(target), sub_(sub), copy_(sub.nodes().size())
+    StatementCopier(Graph& target, const Graph& sub)
+        : t_(target), sub_(sub), statements_(target), copy_(sub.nodes().size())
     {
         const std::vector<bool> live = sub.liveNodes();
         uses_.assign(sub.nodes().size(), 0);
@@ -102,9 +144,7 @@ private:
         const Part& p = copy_[v];
         if (!p.open)
             return p;
-        const auto known = rounded_.find(p.value);
-        const Graph::Value r = known != rounded_.end() ? known->second : rounded_[p.value] = t_.narrow(p.value);
-        return {r, p.negative, false};
+        return {statements_.end(p.value), p.negative, false};
     }
 
     // v as a binary64 operand of a statement: its open value, or its
@@ -114,19 +154,16 @@ private:
         if (staysOpen(v))
             return copy_[v];
         const Part x = variable(v);
-        const auto known = widened_.find(x.value);
-        const Graph::Value w = known != widened_.end() ? known->second : widened_[x.value] = t_.widen(x.value);
-        return {w, x.negative, true};
+        return {statements_.operand(x.value), x.negative, true};
     }
 
     Graph& t_;
     const Graph& sub_;
+    StatementSet statements_;
     std::vector<Part> copy_;
     std::vector<int> uses_;
     std::vector<bool> feedsStore_;
     std::vector<bool> live_;
-    std::map<Graph::Value, Graph::Value> rounded_;
-    std::map<Graph::Value, Graph::Value> widened_;
 };
 
 } // namespace

@@ -16,10 +16,39 @@
 #pragma once
 
 #include <map>
+#include <vector>
 
 #include "core/inline.h"
 
 namespace kernelgen {
+
+// The statements of one binary32 kernel graph, as the builders make them:
+// each binary32 variable is widened exactly once for all the statements it
+// enters, and each statement ends in one narrowing, made once.
+class StatementSet {
+public:
+    explicit StatementSet(Graph& g) : g_(g) {}
+    // A binary32 variable as a binary64 operand: its exact widening.
+    Graph::Value operand(Graph::Value variable);
+    // The end of the statement whose binary64 result is `wide`: its rounding.
+    Graph::Value end(Graph::Value wide);
+
+private:
+    Graph& g_;
+    std::map<Graph::Value, Graph::Value> widened_;
+    std::map<Graph::Value, Graph::Value> rounded_;
+};
+
+// A statement as a graph holds it: its one narrowing, and the binary64
+// operations that reach it through binary64 operations only (from the
+// widenings of its operands and its constants).
+struct Statement {
+    Graph::Value narrowing;
+    std::vector<Graph::Value> operations;
+};
+
+// Every statement of g that reaches a store, in the order of the graph.
+std::vector<Statement> statementsOf(const Graph& g);
 
 // Copies `sub` into `target` as inlineGraph does, but in the element type
 // `element`: for binary64 the copy itself, for binary32 the statements
