@@ -190,8 +190,9 @@ TYPED_TEST(Dct4Plan, RefusedLengthsLeaveSizeAlone)
         EXPECT_EQ(size, 12345);
         typename Api<TypeParam>::Plan* plan = nullptr;
         std::vector<uint8_t> mem(1 << 16);
-        if (len > 0 && len <= 4096)
+        if (len > 0 && len <= 4096) {
             EXPECT_EQ(Api<TypeParam>::init(&plan, len, mem.data()), StatusSizeError) << "len " << len;
+        }
         EXPECT_EQ(plan, nullptr);
         EXPECT_EQ(Api<TypeParam>::initAlloc(&plan, len), StatusSizeError);
     }
@@ -408,16 +409,18 @@ TYPED_TEST(Dct4Plan, TwiddleTablesBothForms)
                 for (int e = 1; e < s / 4; ++e)
                     units.push_back(4 * e * (2 * g + 1));
         }
-        if (s == 16) // the written check with m = 256
+        if (s == 16) { // the written check with m = 256
             EXPECT_EQ((std::vector<long double>(units.begin(), units.begin() + 6)),
                       (std::vector<long double>{1, 2, 3, 33, 66, 99}));
+        }
         for (size_t k = 0; k < units.size(); ++k)
             for (int l = 0; l < lanes; ++l) {
                 ASSERT_NEAR(t[2 * lanes * k + l], std::cos(pi * units[k] / m), tolerance) << "len " << len << " pair " << k;
                 ASSERT_NEAR(t[2 * lanes * k + lanes + l], std::sin(pi * units[k] / m), tolerance) << "pair " << k;
             }
-        if (s == 8)
+        if (s == 8) {
             EXPECT_NEAR(t[0], 0.999699, 1e-6);
+        }
     }
 }
 

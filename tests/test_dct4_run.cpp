@@ -196,10 +196,11 @@ TYPED_TEST(Dct4Run, WorkMatrixOfLength64)
         plan(x);
         for (int i = 0; i < 64; ++i) {
             const bool reached = impulse == 0 ? i % 16 == 0 : i % 8 == 0;
-            if (impulse == 0)
+            if (impulse == 0) {
                 EXPECT_EQ(work[i], reached ? 1 : 0) << "element " << i;
-            else
+            } else {
                 EXPECT_EQ(work[i] != 0, reached) << "element " << i;
+            }
         }
     }
 }

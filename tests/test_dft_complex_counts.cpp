@@ -61,10 +61,11 @@ TEST(ComplexKernelCounts, MatchTheBudgets)
             continue;
         if (k.is64() && kBelowBudget64.count(k.size)) {
             EXPECT_LT(2 * k.counts.addSub, budget->second.additions);
-            if (k.size == 46)
+            if (k.size == 46) {
                 EXPECT_EQ(2 * k.counts.mul, budget->second.multiplications);
-            else
+            } else {
                 EXPECT_LT(2 * k.counts.mul, budget->second.multiplications);
+            }
         } else if (k.is64()) {
             if (budget->second.additions < 0) {
                 EXPECT_EQ(k.counts.mul + k.counts.scaleMul, budget->second.multiplications);
@@ -101,10 +102,11 @@ TEST(ComplexKernelCounts, StoredMagnitudesOfThePrimes)
         if (!k.is64() || expected == kMagnitudes64.end())
             continue;
         SCOPED_TRACE(kernelLabel(k));
-        if (kExactMagnitudes64.count(k.size))
+        if (kExactMagnitudes64.count(k.size)) {
             EXPECT_EQ(k.counts.magnitudes, expected->second);
-        else
+        } else {
             EXPECT_LT(k.counts.magnitudes, expected->second);
+        }
     }
 }
 
@@ -115,12 +117,13 @@ TEST(ComplexKernelCounts, OneScaleProductPerOutput)
 {
     for (const ComplexKernel& k : builtComplexKernels()) {
         SCOPED_TRACE(kernelLabel(k));
-        if (k.is64())
+        if (k.is64()) {
             EXPECT_EQ(k.counts.scaleMul, k.size);
-        else if (!k.twins)
+        } else if (!k.twins)
             EXPECT_EQ(k.counts.scaleMul, 2 * k.size);
-        else
+        else {
             EXPECT_GE(k.counts.scaleMul, k.size / 2);
+        }
     }
 }
 

@@ -80,13 +80,15 @@ TEST_P(RealForwardSizeTest, SameValueBitsInEveryLayout)
             const int ccs = cellOf(Layout::CCS, k.size, b, imaginary);
             for (int l = 1; l < 3; ++l) {
                 const int cell = cellOf(kLayouts[l], k.size, b, imaginary);
-                if (cell >= 0)
+                if (cell >= 0) {
                     EXPECT_EQ(0, std::memcmp(&outs[0][ccs * bytes], &outs[l][cell * bytes], bytes))
                         << layoutName(kLayouts[l]) << (imaginary ? " I[" : " R[") << b << "]";
+                }
             }
         }
-    if (k.size % 2 == 1 || k.size == 2)
+    if (k.size % 2 == 1 || k.size == 2) {
         EXPECT_EQ(outs[1], outs[2]);
+    }
 }
 
 // CCS cells 1 and (even N) N+1 hold +0.0 stored as a constant: no input
@@ -97,8 +99,9 @@ TEST_P(RealForwardSizeTest, ConstantCellsOfCcsStayPositiveZero)
                               std::numeric_limits<long double>::infinity(), -1.0L}) {
         const auto out = run(filledInput(k, value), ScaleNoDivide);
         EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), 1))) << "input " << static_cast<double>(value);
-        if (k.size % 2 == 0)
+        if (k.size % 2 == 0) {
             EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), k.size + 1)));
+        }
     }
 }
 
@@ -115,8 +118,9 @@ TEST_P(RealForwardTest, ImpulseAndZeroInput)
         for (int b = 0; 2 * b <= k.size; ++b) {
             const int re = cellOf(k.layout, k.size, b, false), im = cellOf(k.layout, k.size, b, true);
             EXPECT_EQ(numberAt(k, out.data(), re), f) << "R[" << b << "] flag " << flag;
-            if (im >= 0)
+            if (im >= 0) {
                 EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), im))) << "I[" << b << "] flag " << flag;
+            }
         }
         const auto zeros = run(filledInput(k, 0), flag);
         for (int c = 0; c < k.outCells(); ++c)
@@ -144,10 +148,11 @@ TEST(RealForwardRounding, Binary64OperationsOnlyInStatementsWithProducts)
 {
     for (const RealKernelCounts& c : kRealForwardCounts) {
         const bool single = std::string(c.type) == "32f";
-        if (!single || c.size == 2 || c.size == 4)
+        if (!single || c.size == 2 || c.size == 4) {
             EXPECT_EQ(c.wide, 0) << c.type << " size " << c.size;
-        else
+        } else {
             EXPECT_GT(c.wide, 0) << c.type << " size " << c.size;
+        }
     }
 }
 

@@ -41,14 +41,16 @@ TEST(RealForwardCounts, MatchTheBudgets)
     for (const RealKernelCounts& c : kRealForwardCounts) {
         SCOPED_TRACE(std::string(c.type) + " size " + std::to_string(c.size));
         EXPECT_EQ(c.scaleMul, c.size) << "one product by the scale per computed cell";
-        if (const auto m = kMultiplications.find(c.size); m != kMultiplications.end())
+        if (const auto m = kMultiplications.find(c.size); m != kMultiplications.end()) {
             EXPECT_EQ(c.mul, m->second);
+        }
         if (const auto a = kAdditions.find(c.size); a != kAdditions.end()) {
             const auto extra = kExtraNegations.find(c.size);
             EXPECT_EQ(c.addSub, a->second + (extra == kExtraNegations.end() ? 0 : extra->second));
         }
-        if (const auto p = kConvolution.find(c.size); p != kConvolution.end())
+        if (const auto p = kConvolution.find(c.size); p != kConvolution.end()) {
             EXPECT_EQ(c.mul, p->second.ours) << "budget " << p->second.budget;
+        }
     }
 }
 

@@ -38,9 +38,10 @@ TEST_P(RealFftwOracleTest, AgreesWithFftw)
         for (int b = 0; 2 * b <= n; ++b)
             for (int part = 0; part < 2; ++part) {
                 const int cell = cellOf(k.layout, n, b, part == 1);
-                if (cell >= 0)
+                if (cell >= 0) {
                     EXPECT_NEAR(static_cast<double>(numberAt(k, dst.data(), cell)), out[b][part], bound)
                         << "seed " << seed << (part ? " I[" : " R[") << b << "]";
+                }
             }
     }
     fftw_destroy_plan(plan);

@@ -68,7 +68,7 @@ TEST_P(RealInverseTest, RoundTripsWithTheForwardKernel)
     ASSERT_NE(forward.fn, nullptr);
     const auto x = randomInput(forward, 30);
     const long double bound = 16 * eps() * std::log2(k.size + 1.0L) * std::sqrt(k.size + 0.0L);
-    for (const auto [forwardFlag, inverseFlag] :
+    for (const auto& [forwardFlag, inverseFlag] :
          {std::pair{ScaleNoDivide, ScaleDivInverseByN}, std::pair{ScaleDivForwardByN, ScaleNoDivide},
           std::pair{ScaleDivBySqrtN, ScaleDivBySqrtN}}) {
         const auto back = runKernel(k, runKernel(forward, x, forwardFlag), inverseFlag);
@@ -255,10 +255,11 @@ TEST(RealInverseCounts, MatchTheBudgets)
         SCOPED_TRACE(std::string(c.type) + " size " + std::to_string(c.size));
         EXPECT_EQ(c.scaleMul, c.size) << "one product by the scale per output";
         const bool single = std::string(c.type) == "32f";
-        if (!single || c.size == 2 || c.size == 4)
+        if (!single || c.size == 2 || c.size == 4) {
             EXPECT_EQ(c.wide, 0) << "binary64 operations";
-        else
+        } else {
             EXPECT_GT(c.wide, 0) << "no binary64 statement";
+        }
         const auto b = kBudgets.find(c.size);
         if (b == kBudgets.end())
             continue;

@@ -58,7 +58,7 @@ TEST_P(HartleyTest, FlagsAndSelfInverse)
 {
     const auto x = randomInput(k, 50);
     EXPECT_EQ(runKernel(k, x, ScaleDivForwardByN), runKernel(k, x, ScaleDivInverseByN));
-    for (const auto [first, second] : {std::pair{ScaleDivBySqrtN, ScaleDivBySqrtN}, std::pair{ScaleNoDivide, ScaleDivForwardByN},
+    for (const auto& [first, second] : {std::pair{ScaleDivBySqrtN, ScaleDivBySqrtN}, std::pair{ScaleNoDivide, ScaleDivForwardByN},
                                        std::pair{ScaleNoDivide, ScaleDivInverseByN}}) {
         const auto back = runKernel(k, runKernel(k, x, first), second);
         for (int n = 0; n < k.size; ++n)
@@ -205,15 +205,18 @@ TEST(HartleyCounts, ForwardCoreButterfliesAndFactor)
         SCOPED_TRACE(std::string(c.type) + " size " + std::to_string(c.size));
         EXPECT_EQ(c.scaleMul, c.size);
         EXPECT_EQ(c.mul, forward.at({c.type, c.size}).mul) << "the forward core's products";
-        if (const auto a = kAdditions.find(c.size); a != kAdditions.end())
+        if (const auto a = kAdditions.find(c.size); a != kAdditions.end()) {
             EXPECT_EQ(c.addSub, a->second);
-        if (const auto d = kDepartures.find(c.size); d != kDepartures.end())
+        }
+        if (const auto d = kDepartures.find(c.size); d != kDepartures.end()) {
             EXPECT_EQ(c.mul, d->second.ours) << "budget " << d->second.budget;
+        }
         const bool single = std::string(c.type) == "32f";
-        if (!single || c.size == 2 || c.size == 4)
+        if (!single || c.size == 2 || c.size == 4) {
             EXPECT_EQ(c.wide, 0) << "binary64 operations";
-        else
+        } else {
             EXPECT_GT(c.wide, 0) << "no binary64 statement";
+        }
     }
 }
 

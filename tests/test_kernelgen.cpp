@@ -259,8 +259,9 @@ TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
             const std::vector<bool> live = g.liveNodes();
             for (size_t i = 0; i < g.nodes().size(); ++i) {
                 const Node& n = g.nodes()[i];
-                if (live[i] && n.kind == Kind::F64 && n.op != Op::Constant && n.op != Op::Widen)
+                if (live[i] && n.kind == Kind::F64 && n.op != Op::Constant && n.op != Op::Widen) {
                     EXPECT_EQ(owners[i], 1) << "node " << i;
+                }
             }
         }
     EXPECT_GT(statements, 0);

@@ -156,7 +156,7 @@ Cx ScalarArith::rotate(Cx a, int n, int e)
     if (rotation.form == RotationForm::OddEighth) {
         const bool cNeg = c.value() < 0, sNeg = s.value() < 0;
         const Cx p = mulReal(a, Trig{false, 1, 8});
-        return add(Cx{p.re, p.re, p.negRe ^ cNeg, p.negRe ^ sNeg}, Cx{p.im, p.im, !(p.negIm ^ sNeg), p.negIm ^ cNeg});
+        return add(Cx{p.re, p.re, p.negRe != cNeg, p.negRe != sNeg}, Cx{p.im, p.im, p.negIm == sNeg, p.negIm != cNeg});
     }
     const Cx wide = enterSum(a);
     // The products carry the constants' signs as pending signs.

@@ -39,7 +39,13 @@ std::string decimal(Kind kind, Exact value)
     return out.str();
 }
 
-std::string var(int id) { return "v" + std::to_string(id); }
+// Appended, not "v" + std::to_string(id): GCC 12 warns falsely (-Wrestrict)
+// on a literal prefixed to a temporary string.
+std::string var(int id)
+{
+    std::string name = "v";
+    return name.append(std::to_string(id));
+}
 
 // The vector-layer call of a lane pattern.
 const char* shuffleCall(Shuffle pattern)

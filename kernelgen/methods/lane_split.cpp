@@ -42,10 +42,14 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
 // vector set `set` of `count`, and the length of the transform on them.
 std::string lanesLabel(const std::string& what, int set, int count, int length)
 {
+    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) on a literal
+    // prefixed to a temporary string.
     const int last = std::min(4 * set + 3, count - 1);
-    const std::string range = last == 4 * set ? " " + std::to_string(last)
-                                              : " " + std::to_string(4 * set) + " to " + std::to_string(last);
-    return what + range + " (" + std::to_string(length) + "-point)";
+    std::string label = what;
+    label.append(" ").append(std::to_string(4 * set));
+    if (last != 4 * set)
+        label.append(" to ").append(std::to_string(last));
+    return label.append(" (").append(std::to_string(length)).append("-point)");
 }
 
 using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
