@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+"""Figures of a benchmark run: for each family and variant, the time per call
+of tvkgen and of its peer against size, and their ratio, both element types.
+
+    tvkgen_bench --benchmark_out=results.json --benchmark_out_format=json
+    python3 bench/plot.py results.json --out figures/
+
+Each case's time is the median of its repetitions. --only FAMILY/VARIANT
+draws one figure; --name sets its file name.
+"""
+
+import argparse
+import collections
+import json
+import os
+import platform
+import statistics
+
+import matplotlib
+
+matplotlib.use("Agg")
+import matplotlib.pyplot as plt  # noqa: E402 (after the backend is chosen)
+
+OURS = "tvkgen"
+
+
+def machine():
+    """The processor this runs on, from /proc/cpuinfo where there is one."""
+    try:
+        with open("/proc/cpuinfo") as f:
+            for line in f:
+                if line.startswith("model name"):
+                    return f"{line.split(':', 1)[1].strip()}, {os.cpu_count()} cores"
+    except OSError:
+        pass
+    return platform.processor() or platform.machine()
+
+
+def read(path):
+    """{(family, variant): {type: {impl: {size: median ns}}}}"""
+    times = collections.defaultdict(list)
+    with open(path) as f:
+        for run in json.load(f)["benchmarks"]:
+            if run.get("run_type", "iteration") != "iteration" or "error_occurred" in run:
+                continue
+            parts = run["run_name" if "run_name" in run else "name"].split("/")
+            if len(parts) < 5:
+                continue
+            family, type_, variant, size, impl = parts[:5]
+            scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run.get("time_unit", "ns")]
+            times[(family, variant, type_, impl, int(size))].append(run["real_time"] * scale)
+    table = collections.defaultdict(lambda: collections.defaultdict(lambda: collections.defaultdict(dict)))
+    for (family, variant, type_, impl, size), values in times.items():
+        table[(family, variant)][type_][impl][size] = statistics.median(values)
+    return table
+
+
+def draw(key, types, path, where):
+    family, variant = key
+    figure, (top, bottom) = plt.subplots(2, 1, figsize=(9, 7), sharex=True, gridspec_kw={"height_ratios": [3, 2]})
+    for index, (type_, impls) in enumerate(sorted(types.items())):
+        color = f"C{index}"  # one color per element type, tvkgen solid, the peer dashed
+        for impl, by_size in sorted(impls.items()):
+            sizes = sorted(by_size)
+            style = "-" if impl == OURS else "--"
+            top.plot(sizes, [by_size[s] for s in sizes], style, color=color, marker=".", label=f"{impl} {type_}")
+        peers = [impl for impl in impls if impl != OURS]
+        if OURS in impls and peers:
+            ours, peer = impls[OURS], impls[peers[0]]
+            sizes = sorted(set(ours) & set(peer))
+            bottom.plot(sizes, [ours[s] / peer[s] for s in sizes], color=color, marker=".",
+                        label=f"{type_}: tvkgen / {peers[0]}")
+    top.set_ylabel("ns per call")
+    top.set_yscale("log")
+    top.set_title(f"{family} {variant} on {where}")
+    top.legend(fontsize="small")
+    top.grid(True, which="both", alpha=0.3)
+    bottom.axhline(1.0, color="black", linewidth=0.8)
+    bottom.set_ylabel("time ratio (below 1: tvkgen faster)")
+    bottom.set_xlabel("size")
+    bottom.legend(fontsize="small")
+    bottom.grid(True, alpha=0.3)
+    figure.tight_layout()
+    figure.savefig(path, dpi=110)
+    plt.close(figure)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("results", help="the benchmark's JSON output")
+    parser.add_argument("--out", default=".", help="folder for the figures")
+    parser.add_argument("--only", help="one family/variant, say dft_complex/fwd")
+    parser.add_argument("--name", help="file name of the --only figure")
+    args = parser.parse_args()
+    os.makedirs(args.out, exist_ok=True)
+    where = machine()
+    for key, types in sorted(read(args.results).items()):
+        if args.only and "/".join(key) != args.only:
+            continue
+        path = os.path.join(args.out, args.name if args.only and args.name else f"{key[0]}_{key[1]}.png")
+        draw(key, types, path, where)
+        print(path)
+
+
+if __name__ == "__main__":
+    main()

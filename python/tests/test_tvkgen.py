@@ -1,0 +1,116 @@
+"""The Python module against numpy and scipy: every family and size, each
+layout, both element types, and the errors it raises."""
+
+import numpy as np
+import pytest
+import scipy.fft
+import scipy.linalg
+
+import tvkgen
+
+SIZES = range(2, 65)
+REAL = [np.float32, np.float64]
+COMPLEX = [np.complex64, np.complex128]
+
+
+def tolerance(dtype, n):
+    eps = np.finfo(dtype).eps
+    return 16 * eps * np.log2(n + 1) * np.sqrt(n)
+
+
+def random(n, dtype, seed):
+    rng = np.random.default_rng(seed)
+    if np.issubdtype(dtype, np.complexfloating):
+        return (rng.uniform(-1, 1, n) + 1j * rng.uniform(-1, 1, n)).astype(dtype)
+    return rng.uniform(-1, 1, n).astype(dtype)
+
+
+def packed(X, n, layout):
+    """The cells of numpy's half spectrum X in a layout."""
+    if layout == "ccs":
+        return np.column_stack([X.real, X.imag]).ravel()
+    cells = [X[0].real]
+    last = n // 2 if n % 2 == 0 else None
+    if layout == "perm" and last is not None:
+        cells.append(X[last].real)
+    for k in range(1, (n - 1) // 2 + 1):
+        cells += [X[k].real, X[k].imag]
+    if layout == "pack" and last is not None:
+        cells.append(X[last].real)
+    return np.array(cells)
+
+
+@pytest.mark.parametrize("dtype", COMPLEX)
+@pytest.mark.parametrize("n", SIZES)
+def test_fft_forward_and_inverse(n, dtype):
+    x = random(n, dtype, n)
+    X = tvkgen.fft(x)
+    assert X.dtype == dtype
+    np.testing.assert_allclose(X, np.fft.fft(x.astype(np.complex128)), atol=tolerance(dtype, n))
+    back = tvkgen.fft(X, inverse=True, scale="inverse")
+    np.testing.assert_allclose(back, x, atol=tolerance(dtype, n))
+
+
+@pytest.mark.parametrize("layout", tvkgen.LAYOUTS)
+@pytest.mark.parametrize("dtype", REAL)
+@pytest.mark.parametrize("n", SIZES)
+def test_rfft_and_irfft_in_every_layout(n, dtype, layout):
+    x = random(n, dtype, 100 + n)
+    cells = tvkgen.rfft(x, layout=layout)
+    want = packed(np.fft.rfft(x.astype(np.float64)), n, layout)
+    np.testing.assert_allclose(cells, want, atol=tolerance(dtype, n))
+    y = tvkgen.irfft(cells, n, layout=layout)
+    np.testing.assert_allclose(y, np.fft.irfft(np.fft.rfft(x.astype(np.float64)), n) * n, atol=n * tolerance(dtype, n))
+    back = tvkgen.irfft(tvkgen.rfft(x, layout=layout, scale="sqrt"), n, layout=layout, scale="sqrt")
+    np.testing.assert_allclose(back, x, atol=tolerance(dtype, n))
+
+
+@pytest.mark.parametrize("dtype", REAL)
+@pytest.mark.parametrize("n", SIZES)
+def test_hartley(n, dtype):
+    x = random(n, dtype, 200 + n)
+    X = np.fft.fft(x.astype(np.float64))
+    np.testing.assert_allclose(tvkgen.hartley(x), X.real - X.imag, atol=tolerance(dtype, n))
+    np.testing.assert_allclose(tvkgen.hartley(tvkgen.hartley(x), scale="forward"), x, atol=tolerance(dtype, n))
+
+
+@pytest.mark.parametrize("dtype", REAL)
+@pytest.mark.parametrize("order", range(1, 14))
+def test_wht(order, dtype):
+    n = 1 << order
+    x = random(n, dtype, 300 + order)
+    want = scipy.linalg.hadamard(n) @ x.astype(np.float64)
+    np.testing.assert_allclose(tvkgen.wht(x), want, atol=n * tolerance(dtype, n))
+
+
+@pytest.mark.parametrize("dtype", REAL)
+@pytest.mark.parametrize("order", range(1, 14))
+def test_dct4(order, dtype):
+    n = 1 << order
+    x = random(n, dtype, 400 + order)
+    want = scipy.fft.dct(x.astype(np.float64), type=4) / 2
+    np.testing.assert_allclose(tvkgen.dct4(x), want, atol=np.sqrt(n) * tolerance(dtype, n))
+    # The plan of the length is made once and reused.
+    np.testing.assert_array_equal(tvkgen.dct4(x), tvkgen.dct4(x))
+
+
+def test_errors_are_clear():
+    with pytest.raises(TypeError, match="complex64 or complex128"):
+        tvkgen.fft(np.zeros(8))
+    with pytest.raises(TypeError, match="float32 or float64"):
+        tvkgen.rfft(np.zeros(8, np.int32))
+    with pytest.raises(ValueError, match="sizes are 2 to 64"):
+        tvkgen.hartley(np.zeros(65))
+    with pytest.raises(ValueError, match="powers of two"):
+        tvkgen.wht(np.zeros(12))
+    with pytest.raises(ValueError, match="cells in ccs"):
+        tvkgen.irfft(np.zeros(7), 6)
+    with pytest.raises(ValueError, match="layout"):
+        tvkgen.rfft(np.zeros(8), layout="packed")
+    with pytest.raises(tvkgen.TvkgenError) as flag:
+        tvkgen.hartley(np.zeros(8), scale=3)
+    assert flag.value.status == -16
+    assert flag.value.function == "tvkgHartley_64f"
+    with pytest.raises(tvkgen.TvkgenError) as length:
+        tvkgen.dct4(np.zeros(12))
+    assert length.value.function == "tvkgDCT4InitAlloc_64f"

@@ -1,0 +1,207 @@
+"""tvkgen from Python: the library's transforms on numpy arrays.
+
+    import numpy as np, tvkgen
+    X = tvkgen.fft(np.ones(16, np.complex128), scale="forward")
+    cells = tvkgen.rfft(np.arange(6.0), layout="perm")
+    x = tvkgen.irfft(cells, 6, layout="perm", scale="inverse")
+
+Arrays are float32/float64 (real transforms) or complex64/complex128 (the
+complex DFT); the element type picks the kernel's type and the result has
+it too. `scale` is "none", "forward" (divide by N in forward transforms),
+"inverse" (in inverse ones), "sqrt" (by sqrt(N)), or the flag's integer.
+
+The library is found through the environment variable TVKGEN_LIBRARY (a
+path to libtvkgen.so), next to this module, in a build tree of the checkout
+(build/*/libtvkgen.so), or where the system's loader looks.
+"""
+
+import ctypes
+import ctypes.util
+import glob
+import os
+
+import numpy as np
+
+__all__ = ["fft", "rfft", "irfft", "hartley", "wht", "dct4", "TvkgenError", "library_path"]
+
+SCALES = {"forward": 1, "inverse": 2, "sqrt": 4, "none": 8}
+LAYOUTS = ("ccs", "pack", "perm")
+_LAYOUT_NAMES = {"ccs": "CCS", "pack": "Pack", "perm": "Perm"}
+_STATUS_TEXT = {-5: "bad argument", -6: "size error", -8: "null pointer", -16: "scale flag error"}
+
+
+class TvkgenError(RuntimeError):
+    """A status other than StatusOk from a library function."""
+
+    def __init__(self, status, function):
+        super().__init__(f"{function} returned {status} ({_STATUS_TEXT.get(status, 'unknown status')})")
+        self.status = status
+        self.function = function
+
+
+def _candidates():
+    env = os.environ.get("TVKGEN_LIBRARY")
+    if env:
+        yield env
+        return
+    here = os.path.dirname(os.path.abspath(__file__))
+    yield from sorted(glob.glob(os.path.join(here, "libtvkgen.so*")))
+    checkout = os.path.dirname(os.path.dirname(here))
+    for preset in ("release", "test", "release-avx2", "test-avx2"):
+        yield os.path.join(checkout, "build", preset, "libtvkgen.so")
+    yield from sorted(glob.glob(os.path.join(checkout, "build", "*", "libtvkgen.so")))
+    found = ctypes.util.find_library("tvkgen")
+    if found:
+        yield found
+
+
+def _load():
+    for path in _candidates():
+        if os.path.sep in path and not os.path.exists(path):
+            continue
+        try:
+            return ctypes.CDLL(path), path
+        except OSError:
+            continue
+    raise OSError("libtvkgen.so not found: set TVKGEN_LIBRARY to its path")
+
+
+_lib, library_path = _load()
+_int = ctypes.c_int
+_ptr = ctypes.c_void_p
+
+
+def _function(name, nargs):
+    f = getattr(_lib, name)
+    f.restype = ctypes.c_int32
+    f.argtypes = [_ptr, _ptr] + [_int] * (nargs - 2)
+    return f
+
+
+def _check(status, name):
+    if status != 0:
+        raise TvkgenError(status, name)
+
+
+def _flag(scale):
+    if isinstance(scale, str):
+        if scale not in SCALES:
+            raise ValueError(f"scale is one of {sorted(SCALES)} or an integer flag, not {scale!r}")
+        return SCALES[scale]
+    return int(scale)
+
+
+def _input(x, kinds, what):
+    x = np.asarray(x)
+    if x.ndim != 1:
+        raise ValueError(f"{what} takes a one-dimensional array, not shape {x.shape}")
+    if x.dtype not in kinds:
+        raise TypeError(f"{what} takes {' or '.join(np.dtype(k).name for k in kinds)} arrays, not {x.dtype}")
+    return np.ascontiguousarray(x)
+
+
+_REAL = {np.dtype(np.float32): "32f", np.dtype(np.float64): "64f"}
+_COMPLEX = {np.dtype(np.complex64): "32fc", np.dtype(np.complex128): "64fc"}
+
+
+def _size(n, low, high, what):
+    if not low <= n <= high:
+        raise ValueError(f"{what} sizes are {low} to {high}, not {n}")
+
+
+def fft(x, inverse=False, scale="none"):
+    """Complex DFT of 2 to 64 points (exp(-2 pi i nk/N) forward)."""
+    x = _input(x, _COMPLEX, "fft")
+    _size(len(x), 2, 64, "fft")
+    name = f"tvkgDFT{'Inv' if inverse else 'Fwd'}_CToC_{_COMPLEX[x.dtype]}"
+    out = np.empty_like(x)
+    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    return out
+
+
+def spectrum_cells(n, layout):
+    """Cells of a length-n real spectrum in a layout."""
+    return 2 * (n // 2 + 1) if layout == "ccs" else n
+
+
+def _layout(layout):
+    if layout not in LAYOUTS:
+        raise ValueError(f"layout is one of {LAYOUTS}, not {layout!r}")
+    return _LAYOUT_NAMES[layout]
+
+
+def rfft(x, layout="ccs", scale="none"):
+    """Real DFT of 2 to 64 reals into a packed layout (ccs, pack, perm)."""
+    x = _input(x, _REAL, "rfft")
+    _size(len(x), 2, 64, "rfft")
+    name = f"tvkgDFTFwd_RTo{_layout(layout)}_{_REAL[x.dtype]}"
+    out = np.empty(spectrum_cells(len(x), layout), x.dtype)
+    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    return out
+
+
+def irfft(cells, n, layout="ccs", scale="none"):
+    """The n reals (2 to 64) of a packed spectrum; unscaled it is n times
+    the sequence that rfft transformed."""
+    cells = _input(cells, _REAL, "irfft")
+    _size(n, 2, 64, "irfft")
+    if len(cells) != spectrum_cells(n, layout):
+        raise ValueError(f"a length-{n} spectrum has {spectrum_cells(n, layout)} cells in {layout}, not {len(cells)}")
+    name = f"tvkgDFTInv_{_layout(layout)}ToR_{_REAL[cells.dtype]}"
+    out = np.empty(n, cells.dtype)
+    _check(_function(name, 4)(cells.ctypes.data, out.ctypes.data, n, _flag(scale)), name)
+    return out
+
+
+def hartley(x, scale="none"):
+    """Discrete Hartley transform of 2 to 64 reals."""
+    x = _input(x, _REAL, "hartley")
+    _size(len(x), 2, 64, "hartley")
+    name = f"tvkgHartley_{_REAL[x.dtype]}"
+    out = np.empty_like(x)
+    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    return out
+
+
+def wht(x, scale="none"):
+    """Walsh-Hadamard transform of 2 to 8192 points (a power of two)."""
+    x = _input(x, _REAL, "wht")
+    order = len(x).bit_length() - 1
+    if len(x) != 1 << order or not 1 <= order <= 13:
+        raise ValueError(f"wht lengths are the powers of two from 2 to 8192, not {len(x)}")
+    name = f"tvkgWHT_{_REAL[x.dtype]}"
+    f = getattr(_lib, name)
+    f.restype = ctypes.c_int32
+    f.argtypes = [_ptr, _ptr, _int, _int, _ptr]
+    out = np.empty_like(x)
+    _check(f(x.ctypes.data, out.ctypes.data, order, _flag(scale), None), name)
+    return out
+
+
+_plans = {}
+
+
+def _plan(n, suffix):
+    """The DCT-IV plan of a length and type, made once and kept."""
+    key = (n, suffix)
+    if key not in _plans:
+        plan = ctypes.c_void_p()
+        init = getattr(_lib, f"tvkgDCT4InitAlloc_{suffix}")
+        init.restype = ctypes.c_int32
+        init.argtypes = [ctypes.POINTER(ctypes.c_void_p), _int]
+        _check(init(ctypes.byref(plan), n), f"tvkgDCT4InitAlloc_{suffix}")
+        _plans[key] = plan
+    return _plans[key]
+
+
+def dct4(x):
+    """DCT-IV of a power-of-two length: y[k] = sum x[n] cos(pi (n + 1/2)(k + 1/2) / N)."""
+    x = _input(x, _REAL, "dct4")
+    suffix = _REAL[x.dtype]
+    plan = _plan(len(x), suffix)
+    run = getattr(_lib, f"tvkgDCT4_{suffix}")
+    run.restype = ctypes.c_int32
+    run.argtypes = [_ptr, _ptr, _ptr]
+    out = np.empty_like(x)
+    _check(run(x.ctypes.data, out.ctypes.data, plan), f"tvkgDCT4_{suffix}")
+    return out
