@@ -1,6 +1,6 @@
 // kernelgen: prints the straight-line kernels of the library.
 //
-//   kernelgen dft-complex <32fc|64fc> <size> <out.cpp>
+//   kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>
 //   kernelgen <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size> <out.cpp>
 //   kernelgen <family>-dispatch <out.cpp>, <family>-counts <out.h>
 //   kernelgen dct4-pieces <out.h>, dct4-direct <out.cpp>
@@ -83,7 +83,7 @@ const std::vector<WholeFile>& wholeFiles()
 
 int usage()
 {
-    std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> <out.cpp>\n";
+    std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>\n";
     for (const SizedFamily& f : realFamilies())
         std::cerr << "       kernelgen " << f.command << " <32f|64f> <size> <out.cpp>\n";
     for (const WholeFile& f : wholeFiles())
@@ -98,13 +98,15 @@ int main(int argc, char** argv)
     using namespace kernelgen;
     try {
         const std::string command = argc > 1 ? argv[1] : "";
-        if (command == "dft-complex" && argc == 5) {
+        if (command == "dft-complex" && (argc == 5 || (argc == 6 && std::string(argv[4]) == "avx2"))) {
             const std::string type = argv[2];
             if (type != "32fc" && type != "64fc")
                 return usage();
+            const bool avx2 = argc == 6;
             const FramedKernelFile file =
-                complexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64, std::stoi(argv[3]));
-            writeIfChanged(argv[4], printFramedKernelFile(file, command + " " + type + " " + argv[3]));
+                complexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64, std::stoi(argv[3]), avx2);
+            writeIfChanged(argv[argc - 1],
+                           printFramedKernelFile(file, command + " " + type + " " + argv[3] + (avx2 ? " avx2" : "")));
             return 0;
         }
         for (const SizedFamily& f : realFamilies()) {

@@ -12,8 +12,10 @@
 #include "arith/lane_arith.h"
 #include "arith/signs.h"
 #include "arith/split_arith.h"
+#include "core/pairing.h"
 #include "core/statements.h"
 #include "core/transpose.h"
+#include "families/dft_complex.h"
 #include "families/dft_real.h"
 #include "families/hartley.h"
 #include "methods/codelets.h"
@@ -265,6 +267,35 @@ TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
             }
         }
     EXPECT_GT(statements, 0);
+}
+
+// The avx2 level's pairing of 64fc stages: a paired operation does the work
+// of two, so every count of the kernel is what it was; and the larger
+// kernels do pair (their bytes are held by the digests of the avx2 build).
+TEST(Pairing, KeepsEveryOperationOf64fcKernels)
+{
+    int pairedKernels = 0;
+    for (const CountsRow& row : complexCounts().rows) {
+        if (row.key[0] != "\"64fc\"")
+            continue;
+        SCOPED_TRACE("64fc size " + row.key[1]);
+        const Graph paired = pairSections(row.graph);
+        const OpCounts before = row.graph.countOps(), after = paired.countOps();
+        EXPECT_EQ(after.addSub, before.addSub);
+        EXPECT_EQ(after.mul, before.mul);
+        EXPECT_EQ(after.scaleMul, before.scaleMul);
+        EXPECT_EQ(after.signFlips, before.signFlips);
+        EXPECT_EQ(after.loads, before.loads);
+        EXPECT_EQ(after.stores, before.stores);
+        bool wide = false;
+        for (const Node& n : paired.nodes())
+            wide = wide || n.kind == Kind::V4F64;
+        pairedKernels += wide;
+        if (std::stoi(row.key[1]) == 64) {
+            EXPECT_TRUE(wide) << "size 64 pairs its stages";
+        }
+    }
+    EXPECT_GT(pairedKernels, 60);
 }
 
 } // namespace

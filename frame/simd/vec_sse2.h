@@ -2,6 +2,9 @@
 #pragma once
 
 #include <emmintrin.h>
+#if defined(__AVX__)
+#include <immintrin.h>
+#endif
 
 namespace tvkgen::simd {
 
@@ -58,5 +61,23 @@ TVKG_INLINE V4f moveHighHalves(V4f a, V4f b) { return _mm_movehl_ps(b, a); }
 
 TVKG_INLINE V4f broadcast(float x) { return _mm_set1_ps(x); }
 TVKG_INLINE V2d broadcast(double x) { return _mm_set1_pd(x); }
+
+#if defined(__AVX__)
+// The avx2 level: two 128-bit binary64 vectors in the halves of one
+// register, each half treated as its own V2d.
+using V4d = __m256d;
+
+TVKG_INLINE V4d load4(const double* p) { return _mm256_load_pd(p); }
+TVKG_INLINE V4d add(V4d a, V4d b) { return _mm256_add_pd(a, b); }
+TVKG_INLINE V4d sub(V4d a, V4d b) { return _mm256_sub_pd(a, b); }
+TVKG_INLINE V4d mul(V4d a, V4d b) { return _mm256_mul_pd(a, b); }
+TVKG_INLINE V4d bitXor(V4d a, V4d b) { return _mm256_xor_pd(a, b); }
+TVKG_INLINE V4d swapLanes(V4d a) { return _mm256_permute_pd(a, 5); }
+TVKG_INLINE V4d unpackLo(V4d a, V4d b) { return _mm256_unpacklo_pd(a, b); }
+TVKG_INLINE V4d unpackHi(V4d a, V4d b) { return _mm256_unpackhi_pd(a, b); }
+TVKG_INLINE V2d lowHalf(V4d a) { return _mm256_castpd256_pd128(a); }
+TVKG_INLINE V2d highHalf(V4d a) { return _mm256_extractf128_pd(a, 1); }
+TVKG_INLINE V4d combine(V2d low, V2d high) { return _mm256_insertf128_pd(_mm256_castpd128_pd256(low), high, 1); }
+#endif
 
 } // namespace tvkgen::simd

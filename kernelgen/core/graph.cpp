@@ -11,6 +11,7 @@ int laneCount(Kind kind)
     switch (kind) {
     case Kind::V4F32: return 4;
     case Kind::V2F64: return 2;
+    case Kind::V4F64: return 4;
     default: return 1;
     }
 }
@@ -50,6 +51,15 @@ void Graph::openSection(const std::string& label)
 }
 
 void Graph::closeSection() { openSections_.pop_back(); }
+
+int Graph::sectionNamed(const std::string& label)
+{
+    for (size_t i = 0; i < sections_.size(); ++i)
+        if (sections_[i] == label)
+            return static_cast<int>(i);
+    sections_.push_back(label);
+    return static_cast<int>(sections_.size() - 1);
+}
 
 Graph::Value Graph::push(Node node)
 {
@@ -143,6 +153,36 @@ Graph::Value Graph::shuffle(Shuffle pattern, Value a, Value b)
     return push(node);
 }
 
+Graph::Value Graph::combine(Value low, Value high)
+{
+    Node node{Op::Shuffle, Kind::V4F64, low, high};
+    node.pattern = Shuffle::Combine;
+    return push(node);
+}
+
+Graph::Value Graph::half(Value v, bool high)
+{
+    Node node{Op::Shuffle, Kind::V2F64, v};
+    node.pattern = high ? Shuffle::HighHalf : Shuffle::LowHalf;
+    return push(node);
+}
+
+Graph::Value Graph::loadHalves(int lowOffset, int highOffset)
+{
+    Node node{Op::Load, Kind::V4F64};
+    node.offset = lowOffset;
+    node.offset2 = highOffset;
+    return push(node);
+}
+
+void Graph::storeHalves(Value v, int lowOffset, int highOffset)
+{
+    Node node{Op::Store, Kind::V4F64, v};
+    node.offset = lowOffset;
+    node.offset2 = highOffset;
+    push(node);
+}
+
 Graph::Value Graph::neg(Value a) { return push(Node{Op::Neg, nodes_[a].kind, a}); }
 Graph::Value Graph::widen(Value a) { return push(Node{Op::Widen, Kind::F64, a}); }
 Graph::Value Graph::narrow(Value a) { return push(Node{Op::Narrow, Kind::F32, a}); }
@@ -209,7 +249,8 @@ std::vector<bool> Graph::liveNodes() const
 bool Graph::isScale(Value v) const
 {
     const Node& n = nodes_[v];
-    return n.op == Op::ScaleArg || (n.op == Op::Widen && nodes_[n.a].op == Op::ScaleArg);
+    return n.op == Op::ScaleArg || (n.op == Op::Widen && nodes_[n.a].op == Op::ScaleArg) ||
+           (n.op == Op::Shuffle && n.pattern == Shuffle::Combine && isScale(n.a));
 }
 
 OpCounts Graph::countOps() const
@@ -224,17 +265,19 @@ OpCounts Graph::countOps() const
             continue;
         const Node& node = nodes_[i];
         counts.wide += node.kind == Kind::F64 && node.op != Op::Constant && hasSingle;
+        // A paired operation does the work of two.
+        const int work = node.kind == Kind::V4F64 ? 2 : 1;
         switch (node.op) {
         case Op::Add:
-        case Op::Sub: ++counts.addSub; break;
-        case Op::Mul: ++(isScale(node.b) ? counts.scaleMul : counts.mul); break;
-        case Op::Shuffle: ++counts.shuffles; break;
+        case Op::Sub: counts.addSub += work; break;
+        case Op::Mul: (isScale(node.b) ? counts.scaleMul : counts.mul) += work; break;
+        case Op::Shuffle: counts.shuffles += node.pattern == Shuffle::SwapLanes ? work : 1; break;
         case Op::Xor:
-        case Op::Neg: ++counts.signFlips; break;
+        case Op::Neg: counts.signFlips += work; break;
         case Op::Constant: ++counts.constants; break;
         default:
-            counts.loads += isLoad(node.op);
-            counts.stores += isStore(node.op);
+            counts.loads += isLoad(node.op) ? work : 0;
+            counts.stores += isStore(node.op) ? work : 0;
             break;
         }
     }

@@ -15,7 +15,7 @@ namespace kernelgen {
 
 // The type of a value, which is also the rounding type of the operation
 // producing it.
-enum class Kind { F32, F64, V4F32, V2F64 };
+enum class Kind { F32, F64, V4F32, V2F64, V4F64 };
 
 int laneCount(Kind kind);
 bool isVector(Kind kind);
@@ -56,6 +56,11 @@ enum class Shuffle {
     OddLanes,       // (a1, a3, b1, b3): imaginary parts
     EvenLanesLow,   // (a0, a2, b0, b0): real parts of one pair, the rest from b
     OddLanesLow,    // (a1, a3, b0, b0)
+    // Between the two 128-bit halves of a 256-bit binary64 vector and its
+    // halves (the paired operations of the avx2 level):
+    LowHalf,        // V4F64 -> V2F64 (a0, a1)
+    HighHalf,       // V4F64 -> V2F64 (a2, a3)
+    Combine,        // two V2F64 -> V4F64 (a0, a1, b0, b1)
 };
 
 struct Node {
@@ -65,6 +70,7 @@ struct Node {
     int a;
     int b;
     int offset = 0;       // Load / Store
+    int offset2 = -1;     // Load / Store of a V4F64 from two places: its high half
     int constant = -1;    // Constant
     Shuffle pattern = Shuffle::None;
     int section = -1;     // index into Graph::sections(), -1 outside any
@@ -112,6 +118,11 @@ public:
     Value bitXor(Value a, Value b) { return binary(Op::Xor, a, b); }
     Value neg(Value a);
     Value shuffle(Shuffle pattern, Value a, Value b = -1);
+    // A 256-bit binary64 vector from two 128-bit halves, and back.
+    Value combine(Value low, Value high);
+    Value half(Value v, bool high);
+    Value loadHalves(int lowOffset, int highOffset);
+    void storeHalves(Value v, int lowOffset, int highOffset);
     Value widen(Value a);
     Value narrow(Value a);
 
@@ -122,6 +133,10 @@ public:
     // parent.
     void openSection(const std::string& label);
     void closeSection();
+    // A section with `label` (made once), and a node moved into it: for
+    // passes that copy a graph and keep its stage comments.
+    int sectionNamed(const std::string& label);
+    void placeInSection(Value v, int section) { nodes_[v].section = section; }
     const std::vector<std::string>& sections() const { return sections_; }
 
     Kind kind(Value v) const { return nodes_[v].kind; }

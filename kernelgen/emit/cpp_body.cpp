@@ -15,6 +15,7 @@ const char* cppType(Kind kind)
     case Kind::F32: return "float";
     case Kind::F64: return "double";
     case Kind::V4F32: return "V4f";
+    case Kind::V4F64: return "V4d";
     default: return "V2d";
     }
 }
@@ -60,6 +61,9 @@ const char* shuffleCall(Shuffle pattern)
     case Shuffle::OddLanes: return "shuffle<1, 3, 1, 3>";
     case Shuffle::EvenLanesLow: return "shuffle<0, 2, 0, 0>";
     case Shuffle::OddLanesLow: return "shuffle<1, 3, 0, 0>";
+    case Shuffle::LowHalf: return "lowHalf";
+    case Shuffle::HighHalf: return "highHalf";
+    case Shuffle::Combine: return "combine";
     case Shuffle::None: break;
     }
     throw std::logic_error("a shuffle node without a pattern");
@@ -70,7 +74,10 @@ std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, 
 {
     const bool vec = isVector(n.kind);
     switch (n.op) {
-    case Op::Constant: return vec ? "load(" + g.constants()[n.constant].name + ")" : g.constants()[n.constant].name;
+    case Op::Constant:
+        if (!vec)
+            return g.constants()[n.constant].name;
+        return (n.kind == Kind::V4F64 ? "load4(" : "load(") + g.constants()[n.constant].name + ")";
     case Op::Add: return vec ? "add(" + a + ", " + b + ")" : a + " + " + b;
     case Op::Sub: return vec ? "sub(" + a + ", " + b + ")" : a + " - " + b;
     case Op::Mul: return vec ? "mul(" + a + ", " + b + ")" : a + " * " + b;
@@ -114,6 +121,11 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
         std::string expr;
         switch (n.op) {
         case Op::Load:
+            if (n.offset2 >= 0) { // a 256-bit vector from two places
+                expr = "combine(Access::load(" + at(arrays.in, n.offset) + "), Access::load(" +
+                       at(arrays.in, n.offset2) + "))";
+                break;
+            }
             expr = viaAccess  ? "Access::load(" + at(arrays.in, n.offset) + ")"
                    : inArray ? element(arrays.in, n.offset)
                              : "loadScalar(" + at(arrays.in, n.offset) + ")";
@@ -127,7 +139,10 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
             continue;
         case Op::Store:
             stored = true;
-            if (viaAccess)
+            if (n.offset2 >= 0)
+                out << indent << "Access::store(" << at(arrays.out, n.offset) << ", lowHalf(" << a << "));\n"
+                    << indent << "Access::store(" << at(arrays.out, n.offset2) << ", highHalf(" << a << "));\n";
+            else if (viaAccess)
                 out << indent << "Access::store(" << at(arrays.out, n.offset) << ", " << a << ");\n";
             else if (inArray)
                 out << indent << element(arrays.out, n.offset) << " = " << a << ";\n";
@@ -163,7 +178,7 @@ std::string printConstants(const std::vector<const Graph*>& graphs, bool local, 
                 continue;
             }
             const char* real = isSingle(c.kind) ? "float" : "double";
-            out << "alignas(16) " << storage << real << " " << c.name << "[" << c.lanes.size() << "] = {";
+            out << (c.kind == Kind::V4F64 ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << c.lanes.size() << "] = {";
             for (size_t l = 0; l < c.lanes.size(); ++l)
                 out << (l ? ", " : "") << literal(c.kind, c.lanes[l]);
             out << "};";

@@ -1,5 +1,7 @@
 #include "families/dft_complex.h"
 
+#include "core/pairing.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -492,13 +494,17 @@ std::vector<int> complexSizes(ComplexType type)
     return sizes;
 }
 
-FramedKernelFile complexSizeFile(ComplexType type, int size)
+FramedKernelFile complexSizeFile(ComplexType type, int size, bool pairWide)
 {
     FramedKernelFile file;
     file.space = std::string("dft_") + typeSuffix(type) + "_" + std::to_string(size);
     file.element = std::string("Tvk") + typeSuffix(type);
-    for (Direction d : {Direction::Forward, Direction::Inverse})
-        file.kernels.push_back(complexKernel(type, size, d));
+    for (Direction d : {Direction::Forward, Direction::Inverse}) {
+        FramedKernel k = complexKernel(type, size, d);
+        if (pairWide && type == ComplexType::C64)
+            k.graph = pairSections(k.graph);
+        file.kernels.push_back(std::move(k));
+    }
     return file;
 }
 

@@ -14,7 +14,9 @@ enum class ComplexType { C32, C64 };
 std::vector<int> complexSizes(ComplexType type);
 
 // The forward and inverse kernels of one size and type.
-FramedKernelFile complexSizeFile(ComplexType type, int size);
+// `pairWide`: the avx2 level, whose 64fc kernels pair their stages into
+// 256-bit operations.
+FramedKernelFile complexSizeFile(ComplexType type, int size, bool pairWide);
 
 // The four size dispatchers.
 std::vector<SizeDispatcher> complexDispatchers();

@@ -1,0 +1,332 @@
+#include "core/pairing.h"
+
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace kernelgen {
+
+namespace {
+
+bool isLeaf(const Node& n) { return n.op == Op::Constant || n.op == Op::ScaleArg; }
+
+// Operations that act on each 128-bit half of a 256-bit vector as on a
+// 128-bit vector.
+bool pairable(const Node& n)
+{
+    switch (n.op) {
+    case Op::Load:
+    case Op::Store:
+    case Op::Add:
+    case Op::Sub:
+    case Op::Mul:
+    case Op::Xor: return true;
+    case Op::Shuffle:
+        return n.pattern == Shuffle::SwapLanes || n.pattern == Shuffle::UnpackLo || n.pattern == Shuffle::UnpackHi;
+    default: return false;
+    }
+}
+
+// The sections of a graph, their operations in order (leaves left out: a
+// constant serves every section that names it), and which can be paired.
+struct Sections {
+    std::vector<std::vector<int>> nodes;
+    std::vector<std::string> shape;
+    std::vector<std::vector<bool>> dependsOn; // [b][a]: b uses a value of a
+};
+
+Sections sectionsOf(const Graph& g)
+{
+    const std::vector<bool> live = g.liveNodes();
+    const size_t count = g.sections().size();
+    Sections s{std::vector<std::vector<int>>(count), std::vector<std::string>(count),
+               std::vector<std::vector<bool>>(count, std::vector<bool>(count, false))};
+    std::vector<int> local(g.nodes().size(), -1);
+    std::vector<bool> usable(count, true);
+    std::vector<std::set<int>> reaches(g.nodes().size()); // sections each value depends on
+    for (size_t i = 0; i < g.nodes().size(); ++i) {
+        const Node& n = g.nodes()[i];
+        if (!live[i])
+            continue;
+        for (int operand : {n.a, n.b})
+            if (operand >= 0)
+                reaches[i].insert(reaches[operand].begin(), reaches[operand].end());
+        if (n.section < 0 || isLeaf(n))
+            continue;
+        for (int other : reaches[i])
+            if (other != n.section)
+                s.dependsOn[n.section][other] = true;
+        reaches[i].insert(n.section);
+        usable[n.section] = usable[n.section] && n.kind == Kind::V2F64 && pairable(n);
+        local[i] = static_cast<int>(s.nodes[n.section].size());
+        s.nodes[n.section].push_back(static_cast<int>(i));
+        std::string& shape = s.shape[n.section];
+        shape += std::to_string(static_cast<int>(n.op)) + ":" + std::to_string(static_cast<int>(n.pattern));
+        for (int operand : {n.a, n.b}) {
+            if (operand < 0)
+                continue;
+            const Node& o = g.nodes()[operand];
+            if (o.section == n.section && !isLeaf(o))
+                shape += ",L" + std::to_string(local[operand]);
+            else if (o.op == Op::ScaleArg)
+                shape += ",S";
+            else if (o.op == Op::Constant)
+                shape += g.constants()[o.constant].signMask ? ",M" : ",C";
+            else
+                shape += ",E";
+        }
+        shape += ";";
+    }
+    for (size_t i = 0; i < count; ++i)
+        if (!usable[i] || s.nodes[i].empty())
+            s.shape[i].clear();
+    return s;
+}
+
+// Which section pairs with which: sections of one shape in the order of
+// their first operation, two by two, where neither uses the other.
+std::vector<std::pair<int, int>> choosePairs(const Sections& s, const std::set<std::pair<int, int>>& refused)
+{
+    std::map<std::string, std::vector<int>> byShape;
+    std::vector<int> order;
+    for (size_t i = 0; i < s.nodes.size(); ++i)
+        if (!s.shape[i].empty())
+            order.push_back(static_cast<int>(i));
+    std::sort(order.begin(), order.end(), [&](int a, int b) { return s.nodes[a][0] < s.nodes[b][0]; });
+    for (int i : order)
+        byShape[s.shape[i]].push_back(i);
+    std::vector<std::pair<int, int>> pairs;
+    for (const auto& [shape, list] : byShape) {
+        for (size_t i = 0; i + 1 < list.size();) {
+            const int a = list[i], b = list[i + 1];
+            if (!s.dependsOn[b][a] && !s.dependsOn[a][b] && !refused.count({a, b})) {
+                pairs.push_back({a, b});
+                i += 2;
+            } else {
+                ++i;
+            }
+        }
+    }
+    return pairs;
+}
+
+struct Cycle {
+    std::pair<int, int> sections;
+};
+
+// Copies a graph with the chosen sections paired.
+class Pairer {
+public:
+    Pairer(const Graph& g, const Sections& s, const std::vector<std::pair<int, int>>& pairs)
+        : g_(g), single_(g.nodes().size(), -1), role_(g.nodes().size(), {-1, false})
+    {
+        for (const auto& [a, b] : pairs) {
+            const int label = out_.sectionNamed(g.sections()[a] + " and " + g.sections()[b]);
+            for (size_t k = 0; k < s.nodes[a].size(); ++k) {
+                const int id = static_cast<int>(members_.size());
+                members_.push_back({s.nodes[a][k], s.nodes[b][k]});
+                sectionOf_.push_back({a, b});
+                label_.push_back(label);
+                role_[s.nodes[a][k]] = {id, false};
+                role_[s.nodes[b][k]] = {id, true};
+            }
+        }
+        value_.assign(members_.size(), -1);
+        building_.assign(members_.size(), false);
+    }
+
+    Graph run()
+    {
+        const std::vector<bool> live = g_.liveNodes();
+        for (size_t i = 0; i < g_.nodes().size(); ++i) {
+            const Node& n = g_.nodes()[i];
+            if (!live[i] || n.op != Op::Store)
+                continue;
+            if (role_[i].id >= 0)
+                pair(role_[i].id);
+            else
+                place(i, [&] { out_.store(single(n.a), n.offset); return -1; });
+        }
+        return std::move(out_);
+    }
+
+private:
+    struct Role {
+        int id;
+        bool high;
+    };
+
+    // A copied node keeps its stage comment.
+    template <class Make>
+    int place(size_t original, Make make)
+    {
+        const size_t before = out_.nodes().size();
+        const int v = make();
+        const int section = g_.nodes()[original].section;
+        if (section >= 0) {
+            const int label = out_.sectionNamed(g_.sections()[section]);
+            for (size_t i = before; i < out_.nodes().size(); ++i)
+                out_.placeInSection(static_cast<int>(i), label);
+        }
+        return v;
+    }
+
+    int constantOf(const ConstantDef& c, const std::string& name, Kind kind, const std::vector<Exact>& lanes)
+    {
+        if (!c.signMask)
+            return out_.constant(name, kind, lanes);
+        std::vector<bool> negative;
+        for (Exact l : lanes)
+            negative.push_back(__builtin_signbit(static_cast<double>(l)));
+        return out_.signMask(name, kind, negative);
+    }
+
+    // The original value v as a 128-bit vector of the copy.
+    int single(int v)
+    {
+        if (single_[v] >= 0)
+            return single_[v];
+        const Node& n = g_.nodes()[v];
+        if (role_[v].id >= 0)
+            return single_[v] = out_.half(pair(role_[v].id), role_[v].high);
+        return single_[v] = place(v, [&] {
+                   switch (n.op) {
+                   case Op::Load: return out_.load(n.kind, n.offset);
+                   case Op::Constant: {
+                       const ConstantDef& c = g_.constants()[n.constant];
+                       return constantOf(c, c.name, c.kind, c.lanes);
+                   }
+                   case Op::ScaleArg: return out_.scaleArg(n.kind);
+                   case Op::Add: return out_.add(single(n.a), single(n.b));
+                   case Op::Sub: return out_.sub(single(n.a), single(n.b));
+                   case Op::Mul: return out_.mul(single(n.a), single(n.b));
+                   case Op::Xor: return out_.bitXor(single(n.a), single(n.b));
+                   case Op::Neg: return out_.neg(single(n.a));
+                   case Op::Shuffle: return out_.shuffle(n.pattern, single(n.a), n.b >= 0 ? single(n.b) : -1);
+                   default: throw std::logic_error("no copy of this operation in the pairing pass");
+                   }
+               });
+    }
+
+    // Operands x (low half) and y (high half) as one 256-bit vector.
+    int both(int x, int y)
+    {
+        if (role_[x].id >= 0 && role_[x].id == role_[y].id && !role_[x].high)
+            return pair(role_[x].id);
+        const auto known = combined_.find({x, y});
+        if (known != combined_.end())
+            return known->second;
+        const Node& nx = g_.nodes()[x];
+        const Node& ny = g_.nodes()[y];
+        if (nx.op == Op::Constant && ny.op == Op::Constant) {
+            const ConstantDef& cx = g_.constants()[nx.constant];
+            const ConstantDef& cy = g_.constants()[ny.constant];
+            if (cx.signMask == cy.signMask) {
+                std::vector<Exact> lanes = cx.lanes;
+                lanes.insert(lanes.end(), cy.lanes.begin(), cy.lanes.end());
+                const std::string name = x == y ? cx.name + "Twice" : cx.name + "_" + cy.name.substr(1);
+                return combined_[{x, y}] = constantOf(cx, name, Kind::V4F64, lanes);
+            }
+        }
+        return combined_[{x, y}] = out_.combine(single(x), single(y));
+    }
+
+    int pair(int id)
+    {
+        if (value_[id] >= 0)
+            return value_[id];
+        if (building_[id])
+            throw Cycle{sectionOf_[id]};
+        building_[id] = true;
+        const Node& n = g_.nodes()[members_[id][0]];
+        const Node& m = g_.nodes()[members_[id][1]];
+        const size_t before = out_.nodes().size();
+        int v = -1;
+        switch (n.op) {
+        case Op::Load: v = out_.loadHalves(n.offset, m.offset); break;
+        case Op::Store: out_.storeHalves(both(n.a, m.a), n.offset, m.offset); v = 0; break;
+        case Op::Add: v = out_.add(both(n.a, m.a), both(n.b, m.b)); break;
+        case Op::Sub: v = out_.sub(both(n.a, m.a), both(n.b, m.b)); break;
+        case Op::Mul: v = out_.mul(both(n.a, m.a), both(n.b, m.b)); break;
+        case Op::Xor: v = out_.bitXor(both(n.a, m.a), both(n.b, m.b)); break;
+        case Op::Shuffle: v = out_.shuffle(n.pattern, both(n.a, m.a), n.b >= 0 ? both(n.b, m.b) : -1); break;
+        default: throw std::logic_error("no pair of this operation");
+        }
+        for (size_t i = before; i < out_.nodes().size(); ++i)
+            if (out_.nodes()[i].kind == Kind::V4F64 && out_.nodes()[i].section < 0)
+                out_.placeInSection(static_cast<int>(i), label_[id]);
+        building_[id] = false;
+        return value_[id] = v;
+    }
+
+    const Graph& g_;
+    Graph out_;
+    std::vector<int> single_;
+    std::vector<Role> role_;
+    std::vector<std::array<int, 2>> members_;
+    std::vector<std::pair<int, int>> sectionOf_;
+    std::vector<int> label_;
+    std::vector<int> value_;
+    std::vector<bool> building_;
+    std::map<std::pair<int, int>, int> combined_;
+};
+
+// Operations the pairing saves against the moves between halves it adds:
+// a half moved from or to memory costs nothing (an insert from memory is a
+// load, an extract to memory a store), between registers one operation.
+int saving(const Graph& paired)
+{
+    const std::vector<bool> live = paired.liveNodes();
+    std::vector<int> uses(paired.nodes().size(), 0);
+    std::vector<bool> onlyStored(paired.nodes().size(), true);
+    for (size_t i = 0; i < paired.nodes().size(); ++i) {
+        if (!live[i])
+            continue;
+        const Node& n = paired.nodes()[i];
+        for (int operand : {n.a, n.b})
+            if (operand >= 0) {
+                ++uses[operand];
+                onlyStored[operand] = onlyStored[operand] && n.op == Op::Store;
+            }
+    }
+    int saved = 0;
+    for (size_t i = 0; i < paired.nodes().size(); ++i) {
+        if (!live[i])
+            continue;
+        const Node& n = paired.nodes()[i];
+        const bool arithmetic = n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul || n.op == Op::Xor ||
+                                (n.op == Op::Shuffle && n.kind == Kind::V4F64 && n.pattern != Shuffle::Combine);
+        if (arithmetic && n.kind == Kind::V4F64)
+            ++saved;
+        if (n.op == Op::Shuffle && n.pattern == Shuffle::Combine) {
+            const Op high = paired.nodes()[n.b].op;
+            saved -= high == Op::Load || high == Op::Constant ? 0 : 1;
+        }
+        if (n.op == Op::Shuffle && n.pattern == Shuffle::HighHalf && !onlyStored[i])
+            --saved;
+    }
+    return saved;
+}
+
+} // namespace
+
+Graph pairSections(const Graph& g)
+{
+    const Sections s = sectionsOf(g);
+    std::set<std::pair<int, int>> refused;
+    for (;;) {
+        const std::vector<std::pair<int, int>> pairs = choosePairs(s, refused);
+        if (pairs.empty())
+            return g;
+        try {
+            Graph paired = Pairer(g, s, pairs).run();
+            return saving(paired) > 0 ? paired : g;
+        } catch (const Cycle& cycle) {
+            refused.insert(cycle.sections);
+        }
+    }
+}
+
+} // namespace kernelgen
