@@ -106,36 +106,25 @@ using Elem = std::conditional_t<std::is_same_v<T, float>, Tvk32f, Tvk64f>;
 template <class T>
 struct Families;
 
-template <>
-struct Families<float> {
-    static constexpr Family<Tvk32fc, Tvk32fc> dftForward{TVKGEN_HPP_FAMILY(tvkgDFTFwd_CToC, 32fc)};
-    static constexpr Family<Tvk32fc, Tvk32fc> dftInverse{TVKGEN_HPP_FAMILY(tvkgDFTInv_CToC, 32fc)};
-    static constexpr Family<Tvk32f, Tvk32f> toCcs{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToCCS, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> toPack{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPack, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> toPerm{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPerm, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> fromCcs{TVKGEN_HPP_FAMILY(tvkgDFTInv_CCSToR, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> fromPack{TVKGEN_HPP_FAMILY(tvkgDFTInv_PackToR, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> fromPerm{TVKGEN_HPP_FAMILY(tvkgDFTInv_PermToR, 32f)};
-    static constexpr Family<Tvk32f, Tvk32f> hartley{TVKGEN_HPP_FAMILY(tvkgHartley, 32f)};
-    static constexpr auto whtDispatcher = tvkgWHT_32f;
-    static constexpr auto whtBufferSize = tvkgWHTGetBufferSize_32f;
-};
+// Every family of one precision, suffix t for reals and tc for complex.
+#define TVKGEN_HPP_FAMILIES(T, t, tc)                                                                         \
+    template <>                                                                                                \
+    struct Families<T> {                                                                                       \
+        static constexpr Family<Tvk##tc, Tvk##tc> dftForward{TVKGEN_HPP_FAMILY(tvkgDFTFwd_CToC, tc)};          \
+        static constexpr Family<Tvk##tc, Tvk##tc> dftInverse{TVKGEN_HPP_FAMILY(tvkgDFTInv_CToC, tc)};          \
+        static constexpr Family<Tvk##t, Tvk##t> toCcs{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToCCS, t)};                \
+        static constexpr Family<Tvk##t, Tvk##t> toPack{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPack, t)};              \
+        static constexpr Family<Tvk##t, Tvk##t> toPerm{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPerm, t)};              \
+        static constexpr Family<Tvk##t, Tvk##t> fromCcs{TVKGEN_HPP_FAMILY(tvkgDFTInv_CCSToR, t)};              \
+        static constexpr Family<Tvk##t, Tvk##t> fromPack{TVKGEN_HPP_FAMILY(tvkgDFTInv_PackToR, t)};            \
+        static constexpr Family<Tvk##t, Tvk##t> fromPerm{TVKGEN_HPP_FAMILY(tvkgDFTInv_PermToR, t)};            \
+        static constexpr Family<Tvk##t, Tvk##t> hartley{TVKGEN_HPP_FAMILY(tvkgHartley, t)};                    \
+        static constexpr auto whtDispatcher = tvkgWHT_##t;                                                     \
+    };
+TVKGEN_HPP_FAMILIES(float, 32f, 32fc)
+TVKGEN_HPP_FAMILIES(double, 64f, 64fc)
 
-template <>
-struct Families<double> {
-    static constexpr Family<Tvk64fc, Tvk64fc> dftForward{TVKGEN_HPP_FAMILY(tvkgDFTFwd_CToC, 64fc)};
-    static constexpr Family<Tvk64fc, Tvk64fc> dftInverse{TVKGEN_HPP_FAMILY(tvkgDFTInv_CToC, 64fc)};
-    static constexpr Family<Tvk64f, Tvk64f> toCcs{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToCCS, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> toPack{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPack, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> toPerm{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPerm, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> fromCcs{TVKGEN_HPP_FAMILY(tvkgDFTInv_CCSToR, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> fromPack{TVKGEN_HPP_FAMILY(tvkgDFTInv_PackToR, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> fromPerm{TVKGEN_HPP_FAMILY(tvkgDFTInv_PermToR, 64f)};
-    static constexpr Family<Tvk64f, Tvk64f> hartley{TVKGEN_HPP_FAMILY(tvkgHartley, 64f)};
-    static constexpr auto whtDispatcher = tvkgWHT_64f;
-    static constexpr auto whtBufferSize = tvkgWHTGetBufferSize_64f;
-};
-
+#undef TVKGEN_HPP_FAMILIES
 #undef TVKGEN_HPP_FAMILY
 #undef TVKGEN_HPP_ENTRY
 #undef TVKGEN_HPP_SIZES
