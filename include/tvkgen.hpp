@@ -173,6 +173,26 @@ void check(TvkStatus status, const Family<In, Out>& f, std::size_t n)
         throw error(status, N != std::dynamic_extent ? f.kernelName(n) : f.dispatcherName());
 }
 
+template <class T>
+const auto& complexFamily(bool inverse)
+{
+    return inverse ? Families<T>::dftInverse : Families<T>::dftForward;
+}
+
+// The complex DFT of either direction, its status returned.
+template <bool inverse, class In, class Out>
+TvkStatus complexDft(const In& in, Out&& out, scale s) noexcept
+{
+    const auto i = std::span(in);
+    const auto o = std::span(out);
+    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
+    constexpr std::size_t N = decltype(i)::extent;
+    static_assert(N == std::dynamic_extent || kernelSize<N>, "complex DFT sizes are 2 to 64");
+    if (i.size() != o.size())
+        return StatusSizeError;
+    return call<N>(complexFamily<T>(inverse), cx(i.data()), cx(o.data()), i.size(), s);
+}
+
 } // namespace detail
 
 // ---- Functions returning the status ------------------------------------------
@@ -185,27 +205,13 @@ namespace nothrow {
 template <class In, class Out>
 TvkStatus dft_forward(const In& in, Out&& out, scale s) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    constexpr std::size_t N = decltype(i)::extent;
-    static_assert(N == std::dynamic_extent || detail::kernelSize<N>, "complex DFT sizes are 2 to 64");
-    if (i.size() != o.size())
-        return StatusSizeError;
-    return detail::call<N>(detail::Families<T>::dftForward, detail::cx(i.data()), detail::cx(o.data()), i.size(), s);
+    return detail::complexDft<false>(in, out, s);
 }
 
 template <class In, class Out>
 TvkStatus dft_inverse(const In& in, Out&& out, scale s) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    constexpr std::size_t N = decltype(i)::extent;
-    static_assert(N == std::dynamic_extent || detail::kernelSize<N>, "complex DFT sizes are 2 to 64");
-    if (i.size() != o.size())
-        return StatusSizeError;
-    return detail::call<N>(detail::Families<T>::dftInverse, detail::cx(i.data()), detail::cx(o.data()), i.size(), s);
+    return detail::complexDft<true>(in, out, s);
 }
 
 // Real DFT of n = in.size() reals into spectrum_cells<Layout>(n) cells of out.
@@ -275,7 +281,7 @@ void dft_forward(const In& in, Out&& out, scale s)
 {
     const auto i = std::span(in);
     using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    detail::check<decltype(i)::extent>(nothrow::dft_forward(in, out, s), detail::Families<T>::dftForward, i.size());
+    detail::check<decltype(i)::extent>(detail::complexDft<false>(in, out, s), detail::complexFamily<T>(false), i.size());
 }
 
 template <class In, class Out>
@@ -283,7 +289,7 @@ void dft_inverse(const In& in, Out&& out, scale s)
 {
     const auto i = std::span(in);
     using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    detail::check<decltype(i)::extent>(nothrow::dft_inverse(in, out, s), detail::Families<T>::dftInverse, i.size());
+    detail::check<decltype(i)::extent>(detail::complexDft<true>(in, out, s), detail::complexFamily<T>(true), i.size());
 }
 
 template <class Layout, class In, class Out>

@@ -1,8 +1,10 @@
-// The three layouts of a real spectrum, as cells of an array of the element
-// type: CCS (every kept bin as a pair, the zero imaginary parts of bin 0
-// and, for even n, bin n/2 included), Pack (those zeros left out, bins in
-// ascending order) and Perm (as Pack, with the real Nyquist value of even n
-// right behind R[0]).
+// Where a real kernel keeps bin k of a half spectrum. The family prints one
+// graph per size whose stores (forward) or loads (inverse) name CCS cells,
+// R[k] at 2k and I[k] at 2k + 1; spectrumCell moves them to the kernel's
+// layout:
+//   CCS   R[0] 0 R[1] I[1] ... (even n: ... R[n/2] 0)
+//   Pack  R[0] R[1] I[1] ... (even n: ... R[n/2])
+//   Perm  R[0] R[n/2] R[1] I[1] ... for even n, Pack's cells for odd n
 #pragma once
 
 namespace kernelgen {
@@ -11,11 +13,8 @@ enum class RealLayout { CCS, Pack, Perm };
 
 const char* layoutName(RealLayout layout); // "CCS", "Pack", "Perm"
 
-// The cell of R[k] (imaginary false) or I[k] of a length-n spectrum, or -1
-// where the layout has no such cell (I[0] and I[n/2] outside CCS).
+// The cell of R[k] (imaginary false) or I[k] in a kernel of size n, or -1
+// where the layout drops it (I[0] and, for even n, I[n/2] outside CCS).
 int spectrumCell(RealLayout layout, int n, int k, bool imaginary);
-
-// The cells of a layout: n + 2 or n + 1 for CCS, n for the others.
-int spectrumCells(RealLayout layout, int n);
 
 } // namespace kernelgen

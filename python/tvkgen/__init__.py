@@ -17,6 +17,7 @@ path to libtvkgen.so), next to this module, in a build tree of the checkout
 
 import ctypes
 import ctypes.util
+import functools
 import glob
 import os
 
@@ -71,11 +72,18 @@ _int = ctypes.c_int
 _ptr = ctypes.c_void_p
 
 
-def _function(name, nargs):
+@functools.lru_cache(maxsize=None)
+def _signed(name, argtypes):
+    """A library function with its C signature, looked up once."""
     f = getattr(_lib, name)
     f.restype = ctypes.c_int32
-    f.argtypes = [_ptr, _ptr] + [_int] * (nargs - 2)
+    f.argtypes = list(argtypes)
     return f
+
+
+def _function(name, nargs):
+    """A kernel or dispatcher: src, dst, then nargs - 2 integers."""
+    return _signed(name, (_ptr, _ptr) + (_int,) * (nargs - 2))
 
 
 def _check(status, name):
@@ -170,9 +178,7 @@ def wht(x, scale="none"):
     if len(x) != 1 << order or not 1 <= order <= 13:
         raise ValueError(f"wht lengths are the powers of two from 2 to 8192, not {len(x)}")
     name = f"tvkgWHT_{_REAL[x.dtype]}"
-    f = getattr(_lib, name)
-    f.restype = ctypes.c_int32
-    f.argtypes = [_ptr, _ptr, _int, _int, _ptr]
+    f = _signed(name, (_ptr, _ptr, _int, _int, _ptr))
     out = np.empty_like(x)
     _check(f(x.ctypes.data, out.ctypes.data, order, _flag(scale), None), name)
     return out
@@ -186,9 +192,7 @@ def _plan(n, suffix):
     key = (n, suffix)
     if key not in _plans:
         plan = ctypes.c_void_p()
-        init = getattr(_lib, f"tvkgDCT4InitAlloc_{suffix}")
-        init.restype = ctypes.c_int32
-        init.argtypes = [ctypes.POINTER(ctypes.c_void_p), _int]
+        init = _signed(f"tvkgDCT4InitAlloc_{suffix}", (ctypes.POINTER(ctypes.c_void_p), _int))
         _check(init(ctypes.byref(plan), n), f"tvkgDCT4InitAlloc_{suffix}")
         _plans[key] = plan
     return _plans[key]
@@ -199,9 +203,7 @@ def dct4(x):
     x = _input(x, _REAL, "dct4")
     suffix = _REAL[x.dtype]
     plan = _plan(len(x), suffix)
-    run = getattr(_lib, f"tvkgDCT4_{suffix}")
-    run.restype = ctypes.c_int32
-    run.argtypes = [_ptr, _ptr, _ptr]
+    run = _signed(f"tvkgDCT4_{suffix}", (_ptr, _ptr, _ptr))
     out = np.empty_like(x)
     _check(run(x.ctypes.data, out.ctypes.data, plan), f"tvkgDCT4_{suffix}")
     return out
