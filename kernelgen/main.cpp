@@ -3,7 +3,7 @@
 //   kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>
 //   kernelgen <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size> <out.cpp>
 //   kernelgen <family>-dispatch <out.cpp>, <family>-counts <out.h>
-//   kernelgen dct4-pieces <out.h>, dct4-direct <out.cpp>
+//   kernelgen dct4-pieces [avx2] <out.h>, dct4-direct <out.cpp>
 //
 // The driver asks a family table for the kernels of a command and hands
 // them to a file writer. Output is deterministic; a file whose content
@@ -75,7 +75,6 @@ const std::vector<WholeFile>& wholeFiles()
         {"dft-real-inverse-counts", [](const std::string& c) { return printCountsHeader(realInverseCounts(), c); }},
         {"hartley-dispatch", [](const std::string& c) { return printDispatchers(hartleyDispatchers(), c); }},
         {"hartley-counts", [](const std::string& c) { return printCountsHeader(hartleyCounts(), c); }},
-        {"dct4-pieces", [](const std::string& c) { return printPieceFile(dct4Pieces(), c); }},
         {"dct4-direct", [](const std::string& c) { return printPieceFile(dct4Direct(), c); }},
     };
     return files;
@@ -84,6 +83,7 @@ const std::vector<WholeFile>& wholeFiles()
 int usage()
 {
     std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>\n";
+    std::cerr << "       kernelgen dct4-pieces [avx2] <out.h>\n";
     for (const SizedFamily& f : realFamilies())
         std::cerr << "       kernelgen " << f.command << " <32f|64f> <size> <out.cpp>\n";
     for (const WholeFile& f : wholeFiles())
@@ -107,6 +107,11 @@ int main(int argc, char** argv)
                 complexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64, std::stoi(argv[3]), avx2);
             writeIfChanged(argv[argc - 1],
                            printFramedKernelFile(file, command + " " + type + " " + argv[3] + (avx2 ? " avx2" : "")));
+            return 0;
+        }
+        if (command == "dct4-pieces" && (argc == 3 || (argc == 4 && std::string(argv[2]) == "avx2"))) {
+            const bool avx2 = argc == 4;
+            writeIfChanged(argv[argc - 1], printPieceFile(dct4Pieces(avx2), command + (avx2 ? " avx2" : "")));
             return 0;
         }
         for (const SizedFamily& f : realFamilies()) {

@@ -1,18 +1,22 @@
 #include "families/dct4.h"
 
 #include <string>
+#include <vector>
 
 #include "methods/dct4.h"
 
 namespace kernelgen {
 
-PieceFile dct4Pieces()
+PieceFile dct4Pieces(bool avx2)
 {
     PieceFile file{true, {"<type_traits>", "\"simd/vec.h\""}, "tvkgen::dct4::pieces", {}, {}};
     const auto piece = [&](const std::string& comment, const char* name, int size, Graph g) {
         file.functions.push_back({comment, name, std::to_string(size), "in", "out", std::move(g)});
     };
-    for (Kind kind : {Kind::V4F32, Kind::V2F64}) {
+    std::vector<Kind> kinds = {Kind::V4F32, Kind::V2F64};
+    if (avx2)
+        kinds.push_back(Kind::V4F64);
+    for (Kind kind : kinds) {
         for (int m = 2; m <= 64; m *= 2)
             piece("Half-bin DFT of length " + std::to_string(m) + ".", "halfBinDft", m, halfBinPiece(kind, m));
         for (int s = 2; s <= 32; s *= 2)
