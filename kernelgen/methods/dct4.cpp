@@ -58,30 +58,35 @@ Signal halfBinDft(LaneArith& ar, const std::vector<Graph::Value>& v)
     return z;
 }
 
-// The recombine kernel on rotated columns W_c, c = 0 .. r - 1: with
-// C_k = sum_c W_c exp(i pi k (2c + 1) / (2r)), output q = 2k is Re C_k and
-// output q = 2k - 1 is -Re C_(2r - k). C_k = exp(i pi k / (2r)) D_k, and
-// D, the 2r-point DFT of W padded with zeros, is two r-point DFTs: of W for
-// even k and of W_c exp(i pi c / r) for odd k.
+// The recombine kernel on rotated columns W_c = a_c + i b_c, c = 0 .. r - 1:
+// with theta = pi k (2c + 1) / (2r), output q = 2k is A_k - B_k and output
+// q = 2k - 1 is A_k + B_k, where A is the DCT-II of a and B the DST-II of b
+// (sums of a_c cos theta and b_c sin theta). Both come from one r-point DFT
+// P of p = a + i (-1)^c b in even-then-reversed-odd order: with
+// phi = pi k / (2r), A_k - B_k = Re(exp(i phi) P_k) and
+// A_k + B_k = Re(exp(i phi) conj P_(r - k)).
 std::vector<Graph::Value> recombine(LaneArith& ar, const Signal& w)
 {
     const int r = static_cast<int>(w.size());
-    Signal shifted(r);
-    for (int c = 0; c < r; ++c)
-        shifted[c] = ar.rotate(w[c], 2 * r, c);
-    const Signal even = dftPlus(ar, w), odd = dftPlus(ar, shifted);
-    std::vector<Graph::Value> realC(2 * r);
-    std::vector<bool> negC(2 * r);
-    for (int k = 0; k < 2 * r; ++k) {
-        const Cx c = ar.rotate(k % 2 ? odd[k / 2] : even[k / 2], 4 * r, k);
-        realC[k] = c.re;
-        negC[k] = c.negRe;
+    Signal p(r);
+    for (int n = 0; n < r / 2; ++n) {
+        p[n] = w[2 * n];
+        p[r - 1 - n] = w[2 * n + 1];
+        p[r - 1 - n].negIm = !p[r - 1 - n].negIm;
     }
+    const Signal spectrum = dftPlus(ar, p);
+    const auto realPart = [&](Cx z, int k) {
+        const Cx c = ar.rotate(z, 4 * r, k);
+        return ar.materialize(c.re, c.negRe);
+    };
     std::vector<Graph::Value> y(2 * r);
     for (int k = 0; k < r; ++k)
-        y[2 * k] = ar.materialize(realC[k], negC[k]);
-    for (int k = 1; k <= r; ++k)
-        y[2 * k - 1] = ar.materialize(realC[2 * r - k], !negC[2 * r - k]);
+        y[2 * k] = realPart(spectrum[k], k);
+    for (int k = 1; k <= r; ++k) {
+        Cx mirrored = spectrum[r - k];
+        mirrored.negIm = !mirrored.negIm;
+        y[2 * k - 1] = realPart(mirrored, k);
+    }
     return y;
 }
 
