@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -272,13 +273,11 @@ TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
 // The avx2 level's pairing of 64fc stages: a paired operation does the work
 // of two, so every count of the kernel is what it was; and the larger
 // kernels do pair (their bytes are held by the digests of the avx2 build).
-TEST(Pairing, KeepsEveryOperationOf64fcKernels)
+TEST(Pairing, KeepsEveryOperationOfTheComplexKernels)
 {
-    int pairedKernels = 0;
+    std::map<std::string, int> pairedKernels;
     for (const CountsRow& row : complexCounts().rows) {
-        if (row.key[0] != "\"64fc\"")
-            continue;
-        SCOPED_TRACE("64fc size " + row.key[1]);
+        SCOPED_TRACE(row.key[0] + " size " + row.key[1]);
         const Graph paired = pairSections(row.graph);
         const OpCounts before = row.graph.countOps(), after = paired.countOps();
         EXPECT_EQ(after.addSub, before.addSub);
@@ -287,15 +286,19 @@ TEST(Pairing, KeepsEveryOperationOf64fcKernels)
         EXPECT_EQ(after.signFlips, before.signFlips);
         EXPECT_EQ(after.loads, before.loads);
         EXPECT_EQ(after.stores, before.stores);
+        const Kind wideKind = row.key[0] == "\"64fc\"" ? Kind::V4F64 : Kind::V8F32;
         bool wide = false;
-        for (const Node& n : paired.nodes())
-            wide = wide || n.kind == Kind::V4F64;
-        pairedKernels += wide;
+        for (const Node& n : paired.nodes()) {
+            EXPECT_TRUE(n.kind == wideKind || !isWide(n.kind)) << "a 256-bit vector of the other type";
+            wide = wide || n.kind == wideKind;
+        }
+        pairedKernels[row.key[0]] += wide;
         if (std::stoi(row.key[1]) == 64) {
             EXPECT_TRUE(wide) << "size 64 pairs its stages";
         }
     }
-    EXPECT_GT(pairedKernels, 60);
+    EXPECT_GT(pairedKernels["\"64fc\""], 60);
+    EXPECT_GT(pairedKernels["\"32fc\""], 20);
 }
 
 } // namespace

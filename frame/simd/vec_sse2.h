@@ -63,9 +63,10 @@ TVKG_INLINE V4f broadcast(float x) { return _mm_set1_ps(x); }
 TVKG_INLINE V2d broadcast(double x) { return _mm_set1_pd(x); }
 
 #if defined(__AVX__)
-// The avx2 level: two 128-bit binary64 vectors in the halves of one
-// register, each half treated as its own V2d.
+// The avx2 level: two 128-bit vectors in the halves of one register, each
+// half treated as its own V2d or V4f.
 using V4d = __m256d;
+using V8f = __m256;
 
 TVKG_INLINE V4d load4(const double* p) { return _mm256_load_pd(p); }
 TVKG_INLINE V4d add(V4d a, V4d b) { return _mm256_add_pd(a, b); }
@@ -78,6 +79,31 @@ TVKG_INLINE V4d unpackHi(V4d a, V4d b) { return _mm256_unpackhi_pd(a, b); }
 TVKG_INLINE V2d lowHalf(V4d a) { return _mm256_castpd256_pd128(a); }
 TVKG_INLINE V2d highHalf(V4d a) { return _mm256_extractf128_pd(a, 1); }
 TVKG_INLINE V4d combine(V2d low, V2d high) { return _mm256_insertf128_pd(_mm256_castpd128_pd256(low), high, 1); }
+
+TVKG_INLINE V8f load8(const float* p) { return _mm256_load_ps(p); }
+TVKG_INLINE V8f add(V8f a, V8f b) { return _mm256_add_ps(a, b); }
+TVKG_INLINE V8f sub(V8f a, V8f b) { return _mm256_sub_ps(a, b); }
+TVKG_INLINE V8f mul(V8f a, V8f b) { return _mm256_mul_ps(a, b); }
+TVKG_INLINE V8f bitXor(V8f a, V8f b) { return _mm256_xor_ps(a, b); }
+template <int i0, int i1, int i2, int i3>
+TVKG_INLINE V8f shuffle(V8f a, V8f b)
+{
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(i3, i2, i1, i0));
+}
+TVKG_INLINE V8f unpackLo(V8f a, V8f b) { return _mm256_unpacklo_ps(a, b); }
+TVKG_INLINE V8f unpackHi(V8f a, V8f b) { return _mm256_unpackhi_ps(a, b); }
+// The 64-bit halves of each 128-bit half, moved as binary64 lanes.
+TVKG_INLINE V8f moveLowHalves(V8f a, V8f b)
+{
+    return _mm256_castpd_ps(_mm256_unpacklo_pd(_mm256_castps_pd(a), _mm256_castps_pd(b)));
+}
+TVKG_INLINE V8f moveHighHalves(V8f a, V8f b)
+{
+    return _mm256_castpd_ps(_mm256_unpackhi_pd(_mm256_castps_pd(a), _mm256_castps_pd(b)));
+}
+TVKG_INLINE V4f lowHalf(V8f a) { return _mm256_castps256_ps128(a); }
+TVKG_INLINE V4f highHalf(V8f a) { return _mm256_extractf128_ps(a, 1); }
+TVKG_INLINE V8f combine(V4f low, V4f high) { return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1); }
 #endif
 
 } // namespace tvkgen::simd

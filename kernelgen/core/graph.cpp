@@ -12,12 +12,25 @@ int laneCount(Kind kind)
     case Kind::V4F32: return 4;
     case Kind::V2F64: return 2;
     case Kind::V4F64: return 4;
+    case Kind::V8F32: return 8;
     default: return 1;
     }
 }
 
 bool isVector(Kind kind) { return laneCount(kind) > 1; }
-bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32; }
+bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32 || kind == Kind::V8F32; }
+bool isWide(Kind kind) { return kind == Kind::V4F64 || kind == Kind::V8F32; }
+
+Kind wideOf(Kind half)
+{
+    switch (half) {
+    case Kind::V2F64: return Kind::V4F64;
+    case Kind::V4F32: return Kind::V8F32;
+    default: throw std::logic_error("no 256-bit vector of this kind");
+    }
+}
+
+Kind halfOf(Kind wide) { return wide == Kind::V8F32 ? Kind::V4F32 : Kind::V2F64; }
 
 namespace {
 
@@ -155,21 +168,21 @@ Graph::Value Graph::shuffle(Shuffle pattern, Value a, Value b)
 
 Graph::Value Graph::combine(Value low, Value high)
 {
-    Node node{Op::Shuffle, Kind::V4F64, low, high};
+    Node node{Op::Shuffle, wideOf(nodes_[low].kind), low, high};
     node.pattern = Shuffle::Combine;
     return push(node);
 }
 
 Graph::Value Graph::half(Value v, bool high)
 {
-    Node node{Op::Shuffle, Kind::V2F64, v};
+    Node node{Op::Shuffle, halfOf(nodes_[v].kind), v};
     node.pattern = high ? Shuffle::HighHalf : Shuffle::LowHalf;
     return push(node);
 }
 
-Graph::Value Graph::loadHalves(int lowOffset, int highOffset)
+Graph::Value Graph::loadHalves(Kind half, int lowOffset, int highOffset)
 {
-    Node node{Op::Load, Kind::V4F64};
+    Node node{Op::Load, wideOf(half)};
     node.offset = lowOffset;
     node.offset2 = highOffset;
     return push(node);
@@ -177,7 +190,7 @@ Graph::Value Graph::loadHalves(int lowOffset, int highOffset)
 
 void Graph::storeHalves(Value v, int lowOffset, int highOffset)
 {
-    Node node{Op::Store, Kind::V4F64, v};
+    Node node{Op::Store, nodes_[v].kind, v};
     node.offset = lowOffset;
     node.offset2 = highOffset;
     push(node);
@@ -266,7 +279,7 @@ OpCounts Graph::countOps() const
         const Node& node = nodes_[i];
         counts.wide += node.kind == Kind::F64 && node.op != Op::Constant && hasSingle;
         // A paired operation does the work of two.
-        const int work = node.kind == Kind::V4F64 ? 2 : 1;
+        const int work = isWide(node.kind) ? 2 : 1;
         switch (node.op) {
         case Op::Add:
         case Op::Sub: counts.addSub += work; break;

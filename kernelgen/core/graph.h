@@ -15,11 +15,15 @@ namespace kernelgen {
 
 // The type of a value, which is also the rounding type of the operation
 // producing it.
-enum class Kind { F32, F64, V4F32, V2F64, V4F64 };
+enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32 };
 
 int laneCount(Kind kind);
 bool isVector(Kind kind);
 bool isSingle(Kind kind); // binary32 lanes
+// 256-bit vectors (the avx2 level) and the 128-bit vectors of their halves.
+bool isWide(Kind kind);
+Kind wideOf(Kind half);
+Kind halfOf(Kind wide);
 
 enum class Op {
     Load,      // element `offset` (in numbers) of src
@@ -56,11 +60,11 @@ enum class Shuffle {
     OddLanes,       // (a1, a3, b1, b3): imaginary parts
     EvenLanesLow,   // (a0, a2, b0, b0): real parts of one pair, the rest from b
     OddLanesLow,    // (a1, a3, b0, b0)
-    // Between the two 128-bit halves of a 256-bit binary64 vector and its
-    // halves (the paired operations of the avx2 level):
-    LowHalf,        // V4F64 -> V2F64 (a0, a1)
-    HighHalf,       // V4F64 -> V2F64 (a2, a3)
-    Combine,        // two V2F64 -> V4F64 (a0, a1, b0, b1)
+    // Between a 256-bit vector and its two 128-bit halves (the paired
+    // operations of the avx2 level):
+    LowHalf,        // V4F64 -> V2F64, V8F32 -> V4F32: the low half
+    HighHalf,       // the high half
+    Combine,        // two halves -> one 256-bit vector, a below b
 };
 
 struct Node {
@@ -70,7 +74,7 @@ struct Node {
     int a;
     int b;
     int offset = 0;       // Load / Store
-    int offset2 = -1;     // Load / Store of a V4F64 from two places: its high half
+    int offset2 = -1;     // Load / Store of a 256-bit vector from two places: its high half
     int constant = -1;    // Constant
     Shuffle pattern = Shuffle::None;
     int section = -1;     // index into Graph::sections(), -1 outside any
@@ -118,10 +122,10 @@ public:
     Value bitXor(Value a, Value b) { return binary(Op::Xor, a, b); }
     Value neg(Value a);
     Value shuffle(Shuffle pattern, Value a, Value b = -1);
-    // A 256-bit binary64 vector from two 128-bit halves, and back.
+    // A 256-bit vector from two 128-bit halves, and back.
     Value combine(Value low, Value high);
     Value half(Value v, bool high);
-    Value loadHalves(int lowOffset, int highOffset);
+    Value loadHalves(Kind half, int lowOffset, int highOffset);
     void storeHalves(Value v, int lowOffset, int highOffset);
     Value widen(Value a);
     Value narrow(Value a);

@@ -16,6 +16,8 @@ bool isLeaf(const Node& n) { return n.op == Op::Constant || n.op == Op::ScaleArg
 // 128-bit vector.
 bool pairable(const Node& n)
 {
+    if (n.kind != Kind::V2F64 && n.kind != Kind::V4F32)
+        return false;
     switch (n.op) {
     case Op::Load:
     case Op::Store:
@@ -24,7 +26,16 @@ bool pairable(const Node& n)
     case Op::Mul:
     case Op::Xor: return true;
     case Op::Shuffle:
-        return n.pattern == Shuffle::SwapLanes || n.pattern == Shuffle::UnpackLo || n.pattern == Shuffle::UnpackHi;
+        switch (n.pattern) {
+        case Shuffle::SwapLanes:
+        case Shuffle::UnpackLo:
+        case Shuffle::UnpackHi:
+        case Shuffle::MoveLowHalves:
+        case Shuffle::MoveHighHalves:
+        case Shuffle::EvenLanes:
+        case Shuffle::OddLanes: return true;
+        default: return false;
+        }
     default: return false;
     }
 }
@@ -59,11 +70,12 @@ Sections sectionsOf(const Graph& g)
             if (other != n.section)
                 s.dependsOn[n.section][other] = true;
         reaches[i].insert(n.section);
-        usable[n.section] = usable[n.section] && n.kind == Kind::V2F64 && pairable(n);
+        usable[n.section] = usable[n.section] && pairable(n);
         local[i] = static_cast<int>(s.nodes[n.section].size());
         s.nodes[n.section].push_back(static_cast<int>(i));
         std::string& shape = s.shape[n.section];
-        shape += std::to_string(static_cast<int>(n.op)) + ":" + std::to_string(static_cast<int>(n.pattern));
+        shape += std::to_string(static_cast<int>(n.op)) + ":" + std::to_string(static_cast<int>(n.pattern)) + ":" +
+                 std::to_string(static_cast<int>(n.kind));
         for (int operand : {n.a, n.b}) {
             if (operand < 0)
                 continue;
@@ -142,12 +154,14 @@ public:
         const std::vector<bool> live = g_.liveNodes();
         for (size_t i = 0; i < g_.nodes().size(); ++i) {
             const Node& n = g_.nodes()[i];
-            if (!live[i] || n.op != Op::Store)
+            if (!live[i] || !isStore(n.op))
                 continue;
             if (role_[i].id >= 0)
                 pair(role_[i].id);
-            else
+            else if (n.op == Op::Store)
                 place(i, [&] { out_.store(single(n.a), n.offset); return -1; });
+            else
+                place(i, [&] { out_.storePair(single(n.a), n.op == Op::StoreHighPair, n.offset); return -1; });
         }
         return std::move(out_);
     }
@@ -194,6 +208,7 @@ private:
         return single_[v] = place(v, [&] {
                    switch (n.op) {
                    case Op::Load: return out_.load(n.kind, n.offset);
+                   case Op::LoadPair: return out_.loadPair(n.offset);
                    case Op::Constant: {
                        const ConstantDef& c = g_.constants()[n.constant];
                        return constantOf(c, c.name, c.kind, c.lanes);
@@ -227,7 +242,7 @@ private:
                 std::vector<Exact> lanes = cx.lanes;
                 lanes.insert(lanes.end(), cy.lanes.begin(), cy.lanes.end());
                 const std::string name = x == y ? cx.name + "Twice" : cx.name + "_" + cy.name.substr(1);
-                return combined_[{x, y}] = constantOf(cx, name, Kind::V4F64, lanes);
+                return combined_[{x, y}] = constantOf(cx, name, wideOf(cx.kind), lanes);
             }
         }
         return combined_[{x, y}] = out_.combine(single(x), single(y));
@@ -245,7 +260,7 @@ private:
         const size_t before = out_.nodes().size();
         int v = -1;
         switch (n.op) {
-        case Op::Load: v = out_.loadHalves(n.offset, m.offset); break;
+        case Op::Load: v = out_.loadHalves(n.kind, n.offset, m.offset); break;
         case Op::Store: out_.storeHalves(both(n.a, m.a), n.offset, m.offset); v = 0; break;
         case Op::Add: v = out_.add(both(n.a, m.a), both(n.b, m.b)); break;
         case Op::Sub: v = out_.sub(both(n.a, m.a), both(n.b, m.b)); break;
@@ -255,7 +270,7 @@ private:
         default: throw std::logic_error("no pair of this operation");
         }
         for (size_t i = before; i < out_.nodes().size(); ++i)
-            if (out_.nodes()[i].kind == Kind::V4F64 && out_.nodes()[i].section < 0)
+            if (isWide(out_.nodes()[i].kind) && out_.nodes()[i].section < 0)
                 out_.placeInSection(static_cast<int>(i), label_[id]);
         building_[id] = false;
         return value_[id] = v;
@@ -297,8 +312,8 @@ int saving(const Graph& paired)
             continue;
         const Node& n = paired.nodes()[i];
         const bool arithmetic = n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul || n.op == Op::Xor ||
-                                (n.op == Op::Shuffle && n.kind == Kind::V4F64 && n.pattern != Shuffle::Combine);
-        if (arithmetic && n.kind == Kind::V4F64)
+                                (n.op == Op::Shuffle && n.pattern != Shuffle::Combine);
+        if (arithmetic && isWide(n.kind))
             ++saved;
         if (n.op == Op::Shuffle && n.pattern == Shuffle::Combine) {
             const Op high = paired.nodes()[n.b].op;

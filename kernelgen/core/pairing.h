@@ -1,4 +1,4 @@
-// Pairing for 256-bit registers. A kernel of 128-bit binary64 vectors does
+// Pairing for 256-bit registers. A kernel of 128-bit vectors does
 // the same operations on many groups of data: the stage sections of a
 // chain (the groups of a first stage, the rows of a second) are copies of
 // one shape. Two such sections, neither depending on the other, become one
@@ -11,7 +11,8 @@
 
 namespace kernelgen {
 
-// The graph with isomorphic V2F64 sections paired into V4F64 operations,
+// The graph with isomorphic sections of 128-bit vectors (V2F64, V4F32)
+// paired into 256-bit operations (V4F64, V8F32),
 // where that saves more operations than moving halves costs; otherwise the
 // graph itself.
 Graph pairSections(const Graph& g);

@@ -16,6 +16,7 @@ const char* cppType(Kind kind)
     case Kind::F64: return "double";
     case Kind::V4F32: return "V4f";
     case Kind::V4F64: return "V4d";
+    case Kind::V8F32: return "V8f";
     default: return "V2d";
     }
 }
@@ -77,7 +78,8 @@ std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, 
     case Op::Constant:
         if (!vec)
             return g.constants()[n.constant].name;
-        return (n.kind == Kind::V4F64 ? "load4(" : "load(") + g.constants()[n.constant].name + ")";
+        return (n.kind == Kind::V4F64 ? "load4(" : n.kind == Kind::V8F32 ? "load8(" : "load(") +
+               g.constants()[n.constant].name + ")";
     case Op::Add: return vec ? "add(" + a + ", " + b + ")" : a + " + " + b;
     case Op::Sub: return vec ? "sub(" + a + ", " + b + ")" : a + " - " + b;
     case Op::Mul: return vec ? "mul(" + a + ", " + b + ")" : a + " * " + b;
@@ -178,7 +180,7 @@ std::string printConstants(const std::vector<const Graph*>& graphs, bool local, 
                 continue;
             }
             const char* real = isSingle(c.kind) ? "float" : "double";
-            out << (c.kind == Kind::V4F64 ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << c.lanes.size() << "] = {";
+            out << (isWide(c.kind) ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << c.lanes.size() << "] = {";
             for (size_t l = 0; l < c.lanes.size(); ++l)
                 out << (l ? ", " : "") << literal(c.kind, c.lanes[l]);
             out << "};";

@@ -501,7 +501,7 @@ FramedKernelFile complexSizeFile(ComplexType type, int size, bool pairWide)
     file.element = std::string("Tvk") + typeSuffix(type);
     for (Direction d : {Direction::Forward, Direction::Inverse}) {
         FramedKernel k = complexKernel(type, size, d);
-        if (pairWide && type == ComplexType::C64)
+        if (pairWide)
             k.graph = pairSections(k.graph);
         file.kernels.push_back(std::move(k));
     }

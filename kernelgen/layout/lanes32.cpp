@@ -1,5 +1,7 @@
 #include "layout/lanes32.h"
 
+#include <string>
+
 namespace kernelgen {
 
 namespace {
@@ -94,6 +96,8 @@ std::vector<Signal> transposeSets(SplitArith& ar, const std::vector<Signal>& in,
     std::vector<Signal> out(blocks, Signal(4 * sets));
     for (int set = 0; set < sets; ++set)
         for (int block = 0; block < blocks; ++block) {
+            // A section per tile: tiles of one shape pair in 256-bit vectors.
+            const SectionScope tile(g, "lane set " + std::to_string(set) + " into block " + std::to_string(block));
             std::array<Graph::Value, 4> re, im;
             for (int l = 0; l < 4; ++l) {
                 const Cx y = inLane(4 * block + l, count) < 0 ? Cx{zero, zero} : ar.materialize(in[set][4 * block + l]);

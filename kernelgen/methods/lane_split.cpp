@@ -17,7 +17,8 @@ namespace {
 void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, const std::string& prefix)
 {
     const int blocks = static_cast<int>(rows.size());
-    for (int block = 0; block < blocks; ++block)
+    for (int block = 0; block < blocks; ++block) {
+        const SectionScope section(ar.graph(), "twiddles of block " + std::to_string(block));
         for (int i2 = 1; i2 < map.n2; ++i2) {
             std::array<int, 4> exponents{};
             bool any = false;
@@ -32,6 +33,7 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
                 name += "Block" + std::to_string(block);
             rows[block][i2] = ar.rotateLanes(rows[block][i2], map.twiddleDen, exponents, name);
         }
+    }
 }
 
 // Steps 1 to 4 of the split up to the outputs of the second stage:
@@ -123,9 +125,9 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
     const int n = map.n1 * map.n2;
     const std::vector<Signal> out =
         forwardSplit(ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n));
-    const SectionScope section(ar.graph(), "scale and stores");
     const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
-    for (size_t block = 0; block < out.size(); ++block)
+    for (size_t block = 0; block < out.size(); ++block) {
+        const SectionScope section(ar.graph(), "scale and stores, block " + std::to_string(block));
         for (int k2 = 0; k2 < map.n2; ++k2) {
             std::array<int, 4> elements;
             for (int l = 0; l < 4; ++l) {
@@ -134,6 +136,7 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
             }
             scatterScaled(ar, out[block][k2], elements, scale);
         }
+    }
 }
 
 void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
