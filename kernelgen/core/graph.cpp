@@ -30,7 +30,14 @@ Kind wideOf(Kind half)
     }
 }
 
-Kind halfOf(Kind wide) { return wide == Kind::V8F32 ? Kind::V4F32 : Kind::V2F64; }
+Kind halfOf(Kind wide)
+{
+    switch (wide) {
+    case Kind::V4F64: return Kind::V2F64;
+    case Kind::V8F32: return Kind::V4F32;
+    default: throw std::logic_error("not a 256-bit vector");
+    }
+}
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "arith/scalar_arith.h"
-#include "layout/real_spectrum.h"
+#include "layout/real_cells.h"
 
 namespace kernelgen {
 
@@ -99,7 +99,7 @@ FramedKernelFile sizeFile(bool inverse, RealType type, int size)
         k.scaleLanes = 1;
         k.scaleFactors = scaleFactors(type, size);
         k.twins = false;
-        const auto cellOf = [=](int cell) { return spectrumCell(layout, size, cell / 2, cell % 2); };
+        const auto cellOf = [=](int cell) { return binCell(layout, size, cell / 2, cell % 2); };
         // Pack and Perm are one array at odd sizes and at 2.
         if (layout == RealLayout::Perm && (size % 2 == 1 || size == 2))
             k.sameBodyAs = file.kernels.back().structName;

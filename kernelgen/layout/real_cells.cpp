@@ -1,4 +1,4 @@
-#include "layout/real_spectrum.h"
+#include "layout/real_cells.h"
 
 namespace kernelgen {
 
@@ -11,7 +11,7 @@ const char* layoutName(RealLayout layout)
     }
 }
 
-int spectrumCell(RealLayout layout, int n, int k, bool imaginary)
+int binCell(RealLayout layout, int n, int k, bool imaginary)
 {
     if (layout == RealLayout::CCS)
         return 2 * k + imaginary;
