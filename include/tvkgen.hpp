@@ -335,8 +335,16 @@ class dct4_plan {
     static constexpr bool single = std::is_same_v<T, float>;
 
 public:
+    // The longest plan: from twice this length on, the library's 32-bit plan
+    // size is refused or wraps to a block too small for the plan.
+    static constexpr int max_length = single ? 1 << 26 : 1 << 25;
+
+    // Lengths other than the powers of two from 2 to max_length throw
+    // tvkgen::error with StatusSizeError (the C functions take 2^k + 1 too,
+    // and compute no DCT-IV of it).
     explicit dct4_plan(int len) : len_(len), owned_(true)
     {
+        checkLength(len, single ? "tvkgDCT4InitAlloc_32f" : "tvkgDCT4InitAlloc_64f");
         if constexpr (single)
             check(tvkgDCT4InitAlloc_32f(&plan_, len), "tvkgDCT4InitAlloc_32f");
         else
@@ -345,6 +353,7 @@ public:
     dct4_plan(int len, std::span<std::uint8_t> arena) : len_(len), owned_(false)
     {
         const char* name = single ? "tvkgDCT4Init_32f" : "tvkgDCT4Init_64f";
+        checkLength(len, name);
         if (arena.size() < arena_bytes(len))
             throw error(StatusSizeError, name);
         if constexpr (single)
@@ -367,6 +376,7 @@ public:
     // Bytes of a plan of length len in a lent arena.
     static std::size_t arena_bytes(int len)
     {
+        checkLength(len, single ? "tvkgDCT4GetSize_32f" : "tvkgDCT4GetSize_64f");
         std::int32_t bytes = 0;
         if constexpr (single)
             check(tvkgDCT4GetSize_32f(len, &bytes), "tvkgDCT4GetSize_32f");
@@ -397,6 +407,11 @@ private:
     {
         if (status != StatusOk)
             throw error(status, function);
+    }
+    static void checkLength(int len, const char* function)
+    {
+        if (len < 2 || len > max_length || (len & (len - 1)) != 0)
+            throw error(StatusSizeError, function);
     }
 
     Plan* plan_ = nullptr;

@@ -122,7 +122,40 @@ TEST(CppInterface, StatusesBecomeErrorsOrComeBack)
     EXPECT_EQ(tvkgen::nothrow::wht(std::vector<float>(12), std::vector<float>(12), tvkgen::scale::none), StatusSizeError);
     std::vector<float> shortSpectrum(9), out(10);
     EXPECT_EQ(tvkgen::nothrow::irfft(tvkgen::ccs, shortSpectrum, out, tvkgen::scale::none), StatusSizeError);
-    EXPECT_THROW(tvkgen::dct4_plan<float>(12), tvkgen::error);
+}
+
+// The status a call throws as tvkgen::error, StatusOk where it throws none.
+template <class Call>
+TvkStatus thrownStatus(Call call)
+{
+    try {
+        call();
+    } catch (const tvkgen::error& e) {
+        return e.status();
+    }
+    return StatusOk;
+}
+
+template <class T>
+class CppDct4Lengths : public ::testing::Test {};
+using RealTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(CppDct4Lengths, RealTypes);
+
+// The C functions build plans of 2^k + 1 (no DCT-IV) and, from 2^29 on,
+// of sizes that wrap; the plan class takes only powers of two that fit.
+TYPED_TEST(CppDct4Lengths, OnlyPowersOfTwoUpToTheLongest)
+{
+    using Plan = tvkgen::dct4_plan<TypeParam>;
+    std::vector<std::uint8_t> arena(1 << 12);
+    for (const int len : {-4, 0, 1, 3, 9, 12, 17, 33, 65, 1025, Plan::max_length + 1, 2 * Plan::max_length, 1 << 29,
+                          1 << 30}) {
+        EXPECT_EQ(thrownStatus([&] { Plan::arena_bytes(len); }), StatusSizeError) << len;
+        EXPECT_EQ(thrownStatus([&] { Plan lent(len, arena); }), StatusSizeError) << len;
+        EXPECT_EQ(thrownStatus([&] { Plan owned(len); }), StatusSizeError) << len;
+    }
+    // The longest plan's size has not wrapped: it holds the root's work and more.
+    EXPECT_GT(Plan::arena_bytes(Plan::max_length), 2 * sizeof(TypeParam) * Plan::max_length);
+    EXPECT_EQ(Plan(2).length(), 2);
 }
 
 } // namespace
