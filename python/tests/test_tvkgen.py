@@ -1,5 +1,7 @@
 """The Python module against numpy and scipy: every family and size, each
-layout, both element types, and the errors it raises."""
+layout, both element types, threads, and the errors it raises."""
+
+import threading
 
 import numpy as np
 import pytest
@@ -92,6 +94,28 @@ def test_dct4(order, dtype):
     np.testing.assert_allclose(tvkgen.dct4(x), want, atol=np.sqrt(n) * tolerance(dtype, n))
     # The plan of the length is made once and reused.
     np.testing.assert_array_equal(tvkgen.dct4(x), tvkgen.dct4(x))
+
+
+@pytest.mark.parametrize("dtype", REAL)
+def test_dct4_from_threads_at_once(dtype):
+    """Plans from length 64 up hold their work area: threads must not share one."""
+    threads, calls, n = 8, 100, 1 << 16  # long enough that calls overlap even on two cores
+    inputs = [random(n, dtype, 500 + t) for t in range(threads)]
+    wants = [tvkgen.dct4(x) for x in inputs]
+    start = threading.Barrier(threads)
+    wrong = [0] * threads
+
+    def work(t):
+        start.wait()
+        for _ in range(calls):
+            wrong[t] += not np.array_equal(tvkgen.dct4(inputs[t]), wants[t])
+
+    pool = [threading.Thread(target=work, args=(t,)) for t in range(threads)]
+    for thread in pool:
+        thread.start()
+    for thread in pool:
+        thread.join()
+    assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
 
 
 def test_errors_are_clear():

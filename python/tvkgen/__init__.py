@@ -10,6 +10,10 @@ complex DFT); the element type picks the kernel's type and the result has
 it too. `scale` is "none", "forward" (divide by N in forward transforms),
 "inverse" (in inverse ones), "sqrt" (by sqrt(N)), or the flag's integer.
 
+dct4 keeps one plan per length, type and thread: a plan of length 64 or
+more holds its work area, and the library runs without the interpreter's
+lock, so no two threads may run one plan at a time.
+
 The library is found through the environment variable TVKGEN_LIBRARY (a
 path to libtvkgen.so), next to this module, in a build tree of the checkout
 (build/*/libtvkgen.so), or where the system's loader looks.
@@ -20,6 +24,8 @@ import ctypes.util
 import functools
 import glob
 import os
+import threading
+import weakref
 
 import numpy as np
 
@@ -184,18 +190,26 @@ def wht(x, scale="none"):
     return out
 
 
-_plans = {}
+_threads = threading.local()
+
+
+class _Plan:
+    """A DCT-IV plan of the library, freed with this object."""
+
+    def __init__(self, n, suffix):
+        self.handle = ctypes.c_void_p()
+        init = f"tvkgDCT4InitAlloc_{suffix}"
+        _check(_signed(init, (ctypes.POINTER(ctypes.c_void_p), _int))(ctypes.byref(self.handle), n), init)
+        weakref.finalize(self, _signed(f"tvkgDCT4Free_{suffix}", (_ptr,)), self.handle)
 
 
 def _plan(n, suffix):
-    """The DCT-IV plan of a length and type, made once and kept."""
-    key = (n, suffix)
-    if key not in _plans:
-        plan = ctypes.c_void_p()
-        init = _signed(f"tvkgDCT4InitAlloc_{suffix}", (ctypes.POINTER(ctypes.c_void_p), _int))
-        _check(init(ctypes.byref(plan), n), f"tvkgDCT4InitAlloc_{suffix}")
-        _plans[key] = plan
-    return _plans[key]
+    """This thread's plan of a length and type, made once and kept while the
+    thread lives."""
+    plans = _threads.__dict__.setdefault("plans", {})
+    if (n, suffix) not in plans:
+        plans[(n, suffix)] = _Plan(n, suffix)
+    return plans[(n, suffix)].handle
 
 
 def dct4(x):
