@@ -1,6 +1,10 @@
 """The Python module against numpy and scipy: every family and size, each
 layout, both element types, threads, and the errors it raises."""
 
+import ctypes
+import os
+import subprocess
+import sys
 import threading
 
 import numpy as np
@@ -116,6 +120,18 @@ def test_dct4_from_threads_at_once(dtype):
     for thread in pool:
         thread.join()
     assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
+
+
+def test_a_library_that_does_not_load_is_reported_in_the_loaders_words(tmp_path):
+    library = tmp_path / "libtvkgen.so"
+    library.write_text("not a shared library\n")
+    with pytest.raises(OSError) as loader:
+        ctypes.CDLL(str(library))
+    environment = dict(os.environ, TVKGEN_LIBRARY=str(library),
+                       PYTHONPATH=os.path.dirname(os.path.dirname(tvkgen.__file__)))
+    run = subprocess.run([sys.executable, "-c", "import tvkgen"], env=environment, capture_output=True, text=True)
+    assert run.returncode != 0
+    assert str(loader.value) in run.stderr
 
 
 def test_errors_are_clear():

@@ -63,13 +63,18 @@ def _candidates():
 
 
 def _load():
+    failures = []  # the loader's own words for each library that is there but does not load
     for path in _candidates():
         if os.path.sep in path and not os.path.exists(path):
             continue
         try:
             return ctypes.CDLL(path), path
-        except OSError:
-            continue
+        except OSError as error:
+            failures.append(str(error))
+    if failures:
+        raise OSError("libtvkgen.so does not load: " + "; ".join(failures))
+    if os.environ.get("TVKGEN_LIBRARY"):
+        raise OSError(f"TVKGEN_LIBRARY names {os.environ['TVKGEN_LIBRARY']}, which does not exist")
     raise OSError("libtvkgen.so not found: set TVKGEN_LIBRARY to its path")
 
 
