@@ -134,23 +134,47 @@ def test_a_library_that_does_not_load_is_reported_in_the_loaders_words(tmp_path)
     assert str(loader.value) in run.stderr
 
 
-def test_errors_are_clear():
-    with pytest.raises(TypeError, match="complex64 or complex128"):
-        tvkgen.fft(np.zeros(8))
-    with pytest.raises(TypeError, match="float32 or float64"):
-        tvkgen.rfft(np.zeros(8, np.int32))
-    with pytest.raises(ValueError, match="sizes are 2 to 64"):
-        tvkgen.hartley(np.zeros(65))
-    with pytest.raises(ValueError, match="powers of two"):
-        tvkgen.wht(np.zeros(12))
-    with pytest.raises(ValueError, match="cells in ccs"):
-        tvkgen.irfft(np.zeros(7), 6)
-    with pytest.raises(ValueError, match="layout"):
-        tvkgen.rfft(np.zeros(8), layout="packed")
+@pytest.mark.parametrize("dtype", REAL)
+@pytest.mark.parametrize("n", [0, 1, 3, 9, 12, 17, 33, 65, 1025, "longest + 1", "2 longest", 1 << 29, 1 << 30])
+def test_dct4_refuses_lengths_that_are_no_plan(n, dtype):
+    """The library takes 2^k + 1 (no DCT-IV) and wraps the plan's size from 2^29 on."""
+    longest = {np.float32: 1 << 26, np.float64: 1 << 25}[dtype]
+    n = {"longest + 1": longest + 1, "2 longest": 2 * longest}.get(n, n)
+    x = np.broadcast_to(np.ones(1, dtype), (n,))  # no memory of n elements
+    with pytest.raises(ValueError, match=rf"dct4 .*powers of two.* not {n}$"):
+        tvkgen.dct4(x)
+
+
+@pytest.mark.parametrize("call, error, message", [
+    (lambda: tvkgen.fft(np.zeros(8)), TypeError, "complex64 or complex128"),
+    (lambda: tvkgen.rfft(np.zeros(8, np.int32)), TypeError, "float32 or float64"),
+    (lambda: tvkgen.rfft(np.zeros((2, 8))), ValueError, "one-dimensional"),
+    (lambda: tvkgen.hartley(np.zeros(65)), ValueError, "sizes are 2 to 64, not 65"),
+    (lambda: tvkgen.fft(np.zeros(0, np.complex64)), ValueError, "sizes are 2 to 64, not 0"),
+    (lambda: tvkgen.wht(np.zeros(12)), ValueError, "powers of two from 2 to 8192, not 12"),
+    (lambda: tvkgen.wht(np.zeros(0)), ValueError, "powers of two from 2 to 8192, not 0"),
+    (lambda: tvkgen.wht(np.zeros(16384, np.float32)), ValueError, "powers of two from 2 to 8192, not 16384"),
+    (lambda: tvkgen.irfft(np.zeros(7), 6), ValueError, "has 8 cells in ccs, not 7"),
+    (lambda: tvkgen.irfft(np.zeros(8), 6.0), TypeError, "n is an integer, not 6.0"),
+    (lambda: tvkgen.irfft(np.zeros(8), 65), ValueError, "sizes are 2 to 64, not 65"),
+    (lambda: tvkgen.irfft(np.zeros(6), 6, layout="packed"), ValueError, "layout is one of"),
+    (lambda: tvkgen.rfft(np.zeros(8), layout="packed"), ValueError, "layout is one of"),
+    (lambda: tvkgen.rfft(np.zeros(8), layout=None), ValueError, "layout is one of"),
+    (lambda: tvkgen.hartley(np.zeros(8), scale="half"), ValueError, "scale is one of .* integer flag, not 'half'"),
+    (lambda: tvkgen.hartley(np.zeros(8), scale=1.5), TypeError, "scale is one of .* integer flag, not 1.5"),
+    (lambda: tvkgen.rfft(np.zeros(8), scale=True), TypeError, "scale is one of .* integer flag, not True"),
+    (lambda: tvkgen.wht(np.zeros(8), scale=None), TypeError, "scale is one of .* integer flag, not None"),
+    (lambda: tvkgen.fft(np.zeros(8, np.complex64), scale=(1 << 32) + 1), ValueError, "32 bits, not 4294967297"),
+    (lambda: tvkgen.fft(np.zeros(8, np.complex64), inverse="no"), TypeError, "inverse is True or False, not 'no'"),
+    (lambda: tvkgen.fft(np.zeros(8, np.complex64), inverse=1), TypeError, "inverse is True or False, not 1"),
+])
+def test_wrong_arguments_are_named(call, error, message):
+    with pytest.raises(error, match=message):
+        call()
+
+
+def test_statuses_become_tvkgen_errors():
     with pytest.raises(tvkgen.TvkgenError) as flag:
         tvkgen.hartley(np.zeros(8), scale=3)
     assert flag.value.status == -16
     assert flag.value.function == "tvkgHartley_64f"
-    with pytest.raises(tvkgen.TvkgenError) as length:
-        tvkgen.dct4(np.zeros(12))
-    assert length.value.function == "tvkgDCT4InitAlloc_64f"

@@ -9,6 +9,8 @@ Arrays are float32/float64 (real transforms) or complex64/complex128 (the
 complex DFT); the element type picks the kernel's type and the result has
 it too. `scale` is "none", "forward" (divide by N in forward transforms),
 "inverse" (in inverse ones), "sqrt" (by sqrt(N)), or the flag's integer.
+A wrong argument raises TypeError or ValueError naming it; a status other
+than StatusOk from the library raises TvkgenError.
 
 dct4 keeps one plan per length, type and thread: a plan of length 64 or
 more holds its work area, and the library runs without the interpreter's
@@ -102,20 +104,39 @@ def _check(status, name):
         raise TvkgenError(status, name)
 
 
+def _integer(value):
+    """Python and numpy integers, not bool (which would pass as 0 or 1)."""
+    return isinstance(value, (int, np.integer)) and not isinstance(value, bool)
+
+
 def _flag(scale):
+    accepted = f"scale is one of {sorted(SCALES)} or an integer flag"
     if isinstance(scale, str):
         if scale not in SCALES:
-            raise ValueError(f"scale is one of {sorted(SCALES)} or an integer flag, not {scale!r}")
+            raise ValueError(f"{accepted}, not {scale!r}")
         return SCALES[scale]
+    if not _integer(scale):
+        raise TypeError(f"{accepted}, not {scale!r}")
+    if not -(1 << 31) <= scale < 1 << 31:  # ctypes would cut it to 32 bits unasked
+        raise ValueError(f"{accepted} of 32 bits, not {scale!r}")
     return int(scale)
 
 
-def _input(x, kinds, what):
+def _inverse(inverse):
+    if not isinstance(inverse, (bool, np.bool_)):
+        raise TypeError(f"inverse is True or False, not {inverse!r}")
+    return bool(inverse)
+
+
+def _input(x, kinds, what, check_length):
+    """x as a contiguous one-dimensional array of one of kinds; check_length(n,
+    dtype) raises for a length the function refuses, before any copy."""
     x = np.asarray(x)
     if x.ndim != 1:
         raise ValueError(f"{what} takes a one-dimensional array, not shape {x.shape}")
     if x.dtype not in kinds:
         raise TypeError(f"{what} takes {' or '.join(np.dtype(k).name for k in kinds)} arrays, not {x.dtype}")
+    check_length(len(x), x.dtype)
     return np.ascontiguousarray(x)
 
 
@@ -123,16 +144,30 @@ _REAL = {np.dtype(np.float32): "32f", np.dtype(np.float64): "64f"}
 _COMPLEX = {np.dtype(np.complex64): "32fc", np.dtype(np.complex128): "64fc"}
 
 
-def _size(n, low, high, what):
-    if not low <= n <= high:
-        raise ValueError(f"{what} sizes are {low} to {high}, not {n}")
+def _sizes(low, high, what):
+    """A length check of _input: low to high."""
+
+    def check(n, dtype=None):
+        if not low <= n <= high:
+            raise ValueError(f"{what} sizes are {low} to {high}, not {n}")
+
+    return check
+
+
+def _powers_of_two(longest, what):
+    """A length check of _input: the powers of two from 2 to longest[dtype]."""
+
+    def check(n, dtype):
+        if n < 2 or n & (n - 1) or n > longest[dtype]:
+            raise ValueError(f"{what} lengths of {dtype} are the powers of two from 2 to {longest[dtype]}, not {n}")
+
+    return check
 
 
 def fft(x, inverse=False, scale="none"):
     """Complex DFT of 2 to 64 points (exp(-2 pi i nk/N) forward)."""
-    x = _input(x, _COMPLEX, "fft")
-    _size(len(x), 2, 64, "fft")
-    name = f"tvkgDFT{'Inv' if inverse else 'Fwd'}_CToC_{_COMPLEX[x.dtype]}"
+    x = _input(x, _COMPLEX, "fft", _sizes(2, 64, "fft"))
+    name = f"tvkgDFT{'Inv' if _inverse(inverse) else 'Fwd'}_CToC_{_COMPLEX[x.dtype]}"
     out = np.empty_like(x)
     _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
     return out
@@ -140,7 +175,7 @@ def fft(x, inverse=False, scale="none"):
 
 def spectrum_cells(n, layout):
     """Cells of a length-n real spectrum in a layout."""
-    return 2 * (n // 2 + 1) if layout == "ccs" else n
+    return 2 * (n // 2 + 1) if _layout(layout) == "CCS" else n
 
 
 def _layout(layout):
@@ -151,8 +186,7 @@ def _layout(layout):
 
 def rfft(x, layout="ccs", scale="none"):
     """Real DFT of 2 to 64 reals into a packed layout (ccs, pack, perm)."""
-    x = _input(x, _REAL, "rfft")
-    _size(len(x), 2, 64, "rfft")
+    x = _input(x, _REAL, "rfft", _sizes(2, 64, "rfft"))
     name = f"tvkgDFTFwd_RTo{_layout(layout)}_{_REAL[x.dtype]}"
     out = np.empty(spectrum_cells(len(x), layout), x.dtype)
     _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
@@ -162,10 +196,16 @@ def rfft(x, layout="ccs", scale="none"):
 def irfft(cells, n, layout="ccs", scale="none"):
     """The n reals (2 to 64) of a packed spectrum; unscaled it is n times
     the sequence that rfft transformed."""
-    cells = _input(cells, _REAL, "irfft")
-    _size(n, 2, 64, "irfft")
-    if len(cells) != spectrum_cells(n, layout):
-        raise ValueError(f"a length-{n} spectrum has {spectrum_cells(n, layout)} cells in {layout}, not {len(cells)}")
+    if not _integer(n):
+        raise TypeError(f"irfft's n is an integer, not {n!r}")
+    _sizes(2, 64, "irfft")(n)
+    want = spectrum_cells(n, layout)
+
+    def check_cells(length, dtype):
+        if length != want:
+            raise ValueError(f"a length-{n} spectrum has {want} cells in {layout}, not {length}")
+
+    cells = _input(cells, _REAL, "irfft", check_cells)
     name = f"tvkgDFTInv_{_layout(layout)}ToR_{_REAL[cells.dtype]}"
     out = np.empty(n, cells.dtype)
     _check(_function(name, 4)(cells.ctypes.data, out.ctypes.data, n, _flag(scale)), name)
@@ -174,8 +214,7 @@ def irfft(cells, n, layout="ccs", scale="none"):
 
 def hartley(x, scale="none"):
     """Discrete Hartley transform of 2 to 64 reals."""
-    x = _input(x, _REAL, "hartley")
-    _size(len(x), 2, 64, "hartley")
+    x = _input(x, _REAL, "hartley", _sizes(2, 64, "hartley"))
     name = f"tvkgHartley_{_REAL[x.dtype]}"
     out = np.empty_like(x)
     _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
@@ -184,10 +223,8 @@ def hartley(x, scale="none"):
 
 def wht(x, scale="none"):
     """Walsh-Hadamard transform of 2 to 8192 points (a power of two)."""
-    x = _input(x, _REAL, "wht")
+    x = _input(x, _REAL, "wht", _powers_of_two(dict.fromkeys(_REAL, 8192), "wht"))
     order = len(x).bit_length() - 1
-    if len(x) != 1 << order or not 1 <= order <= 13:
-        raise ValueError(f"wht lengths are the powers of two from 2 to 8192, not {len(x)}")
     name = f"tvkgWHT_{_REAL[x.dtype]}"
     f = _signed(name, (_ptr, _ptr, _int, _int, _ptr))
     out = np.empty_like(x)
@@ -195,6 +232,9 @@ def wht(x, scale="none"):
     return out
 
 
+# The longest DCT-IV plans: from twice these lengths on, the library's 32-bit
+# plan size is refused or wraps to a block too small for the plan.
+_DCT4_LONGEST = {np.dtype(np.float32): 1 << 26, np.dtype(np.float64): 1 << 25}
 _threads = threading.local()
 
 
@@ -219,7 +259,7 @@ def _plan(n, suffix):
 
 def dct4(x):
     """DCT-IV of a power-of-two length: y[k] = sum x[n] cos(pi (n + 1/2)(k + 1/2) / N)."""
-    x = _input(x, _REAL, "dct4")
+    x = _input(x, _REAL, "dct4", _powers_of_two(_DCT4_LONGEST, "dct4"))
     suffix = _REAL[x.dtype]
     plan = _plan(len(x), suffix)
     run = _signed(f"tvkgDCT4_{suffix}", (_ptr, _ptr, _ptr))
