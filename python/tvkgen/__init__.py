@@ -71,8 +71,8 @@ def _load():
             continue
         try:
             return ctypes.CDLL(path), path
-        except OSError as error:
-            failures.append(str(error))
+        except OSError as error:  # the loader names the file unless a dependency is missing
+            failures.append(str(error) if path in str(error) else f"{path}: {error}")
     if failures:
         raise OSError("libtvkgen.so does not load: " + "; ".join(failures))
     if os.environ.get("TVKGEN_LIBRARY"):
