@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Figures of a benchmark run: for each family and variant, the time per call
-of tvkgen and of its peer against size, and their ratio, both element types.
+of tvkgen and of its peer against size, and their ratio where there is a
+peer, both element types; sizes that are all powers of two on a log-2 axis.
 
     tvkgen_bench --benchmark_out=results.json --benchmark_out_format=json
     python3 bench/plot.py results.json --out figures/
@@ -55,31 +56,61 @@ def read(path):
     return table
 
 
+# The benchmark's families and variants, and its peers, in words.
+TITLES = {
+    ("dft_complex", "fwd"): "complex DFT forward",
+    ("dft_complex", "inv"): "complex DFT inverse",
+    ("dft_real", "fwd"): "real DFT forward, CCS layout",
+    ("dft_real", "inv"): "real DFT inverse, CCS layout",
+    ("hartley", "dht"): "Hartley transform",
+    ("wht", "buffer"): "Walsh-Hadamard, work buffer given",
+    ("dct4", "run"): "DCT-IV, plan run",
+    ("dct4", "init"): "DCT-IV, plan building",
+}
+PEERS = {"fftw": "FFTW", "loop": "plain loop"}
+
+
+def powers_of_two(sizes):
+    return all(s > 0 and s & (s - 1) == 0 for s in sizes)
+
+
 def draw(key, types, path, where):
     family, variant = key
-    figure, (top, bottom) = plt.subplots(2, 1, figsize=(9, 7), sharex=True, gridspec_kw={"height_ratios": [3, 2]})
+    with_peer = any(OURS in impls and len(impls) > 1 for impls in types.values())
+    if with_peer:
+        figure, (top, bottom) = plt.subplots(2, 1, figsize=(9, 7), sharex=True, gridspec_kw={"height_ratios": [3, 2]})
+    else:
+        figure, top = plt.subplots(figsize=(9, 4.5))
+    sizes_drawn = set()
     for index, (type_, impls) in enumerate(sorted(types.items())):
         color = f"C{index}"  # one color per element type, tvkgen solid, the peer dashed
         for impl, by_size in sorted(impls.items()):
             sizes = sorted(by_size)
+            sizes_drawn.update(sizes)
             style = "-" if impl == OURS else "--"
-            top.plot(sizes, [by_size[s] for s in sizes], style, color=color, marker=".", label=f"{impl} {type_}")
+            top.plot(sizes, [by_size[s] for s in sizes], style, color=color, marker=".",
+                     label=f"{PEERS.get(impl, impl)} {type_}")
         peers = [impl for impl in impls if impl != OURS]
         if OURS in impls and peers:
             ours, peer = impls[OURS], impls[peers[0]]
             sizes = sorted(set(ours) & set(peer))
             bottom.plot(sizes, [ours[s] / peer[s] for s in sizes], color=color, marker=".",
-                        label=f"{type_}: tvkgen / {peers[0]}")
+                        label=f"{type_}: tvkgen / {PEERS.get(peers[0], peers[0])}")
     top.set_ylabel("ns per call")
     top.set_yscale("log")
-    top.set_title(f"{family} {variant} on {where}")
+    top.set_title(f"{TITLES.get(key, f'{family} {variant}')} ({where})")
     top.legend(fontsize="small")
     top.grid(True, which="both", alpha=0.3)
-    bottom.axhline(1.0, color="black", linewidth=0.8)
-    bottom.set_ylabel("time ratio (below 1: tvkgen faster)")
-    bottom.set_xlabel("size")
-    bottom.legend(fontsize="small")
-    bottom.grid(True, alpha=0.3)
+    last = top
+    if with_peer:
+        bottom.axhline(1.0, color="black", linewidth=0.8)
+        bottom.set_ylabel("time ratio (below 1: tvkgen faster)")
+        bottom.legend(fontsize="small")
+        bottom.grid(True, alpha=0.3)
+        last = bottom
+    if powers_of_two(sizes_drawn):  # each doubling one step, not the short lengths all at zero
+        last.set_xscale("log", base=2)
+    last.set_xlabel("size")
     figure.tight_layout()
     figure.savefig(path, dpi=110)
     plt.close(figure)
