@@ -188,8 +188,8 @@ std::vector<T> inverseFormula(int n, const std::vector<T>& cells, T f)
         const T p = R(0) + R(4), q = R(0) - R(4);
         const T A = p + r(2), B = p - r(2), C = q + i(2), D = q - i(2);
         const T E = r(1) + r(3), F = r(1) - r(3), G = i(1) + i(3), H = i(1) - i(3);
-        // The transpose of the forward size 8: each sum of the pair times c.
-        const T s = product(c, F + G), t = product(c, F - G);
+        const T u = product(c, F), v = product(c, G);
+        const T s = u + v, t = u - v;
         y = {A + E, D + t, B - H, C - s, A - E, D - t, B + H, C + s};
         break;
     }

@@ -178,6 +178,17 @@ std::map<int, RealRoad> buildRoads(RoadSet set)
     r[60] = coprime(3, 20);
     r[62] = coprime(31, 2);
     r[63] = coprime(7, 9);
+    // The inverse kernel of size 8 multiplies each odd-bin adjoint by c and
+    // then joins the two products; the size-8 blocks of the larger inverse
+    // sizes, taken above, keep the twist of the forward kernel.
+    if (set == RoadSet::Inverse) {
+        const RealTransform four = r.at(4).real;
+        r[8] = {"even-odd recursion over the real size-4, the complex odd-bin stage with its twist summed first",
+                [four](ComplexArith& ar, const Signal& x) {
+                    return evenOdd(ar, x, four, summedTwistThen(plainDft2()));
+                },
+                nullptr};
+    }
     return r;
 }
 

@@ -112,6 +112,14 @@ Transform twistThen(int N, const Transform& plain)
     };
 }
 
+Transform summedTwistThen(const Transform& plain)
+{
+    return [plain](ComplexArith& ar, const Signal& z) {
+        const Cx twisted = ar.mulReal(ar.add(z[1], ar.timesW4(z[1])), Trig{false, 1, 8});
+        return plain(ar, {z[0], twisted});
+    };
+}
+
 Transform fourStep(int N, const Transform& across)
 {
     return [N, across](ComplexArith& ar, const Signal& z) {

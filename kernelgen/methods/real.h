@@ -25,6 +25,12 @@ Signal evenOdd(ComplexArith& ar, const Signal& x, const RealTransform& half, con
 // plain complex transform `plain` of size N/4.
 Transform twistThen(int N, const Transform& plain);
 
+// The odd-bin stage of N = 8 with its eighth-turn twist summed before the
+// product: W8 z = c (z + W4 z), one product per part, where twistThen takes
+// c z first. Transposed, each adjoint is multiplied by c before the sum and
+// the difference that join them.
+Transform summedTwistThen(const Transform& plain);
+
 // The odd-bin stage of N >= 32 in four steps, M = N/4 complex points,
 // r = M/4, point n + 4l: W_M^l on each point with l >= 1; the plain complex
 // r-point transform `across` over l for each n; W_N^(n(1+4q)) on its output
