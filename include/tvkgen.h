@@ -6,6 +6,10 @@
  * take the length between them. Arrays are contiguous; complex arrays hold
  * interleaved (real, imaginary) pairs. src may equal dst.
  *
+ * Threads: every function is reentrant; calls may run at once so long as
+ * they share no dst, no Walsh-Hadamard buffer and no DCT-IV plan of length
+ * 64 or more.
+ *
  * Valid C99 and C++.
  */
 #ifndef TVKGEN_H
@@ -44,7 +48,22 @@ enum TvkStatusValue {
     StatusScaleFlagError = -16 /* flag is none of 1, 2, 4, 8 */
 };
 
-/* ---- Scale flag: one whole value, not a bit mask ------------------------ */
+/* ---- Scale flag: one whole value, not a bit mask ------------------------
+ * The factor by which a kernel multiplies the transform, as its last step:
+ *
+ *   flag                    DFTFwd_*    DFTInv_*    Hartley, WHT
+ *   ScaleDivForwardByN  1   1/N         1           1/N
+ *   ScaleDivInverseByN  2   1           1/N         1/N
+ *   ScaleDivBySqrtN     4   1/sqrt(N)   1/sqrt(N)   1/sqrt(N)
+ *   ScaleNoDivide       8   1           1           1
+ *
+ * The flag of the other direction multiplies by 1; the Hartley and
+ * Walsh-Hadamard transforms have no direction, so both divide by N there.
+ * N is the transform's length (2^order for WHT). 1/N is rounded to the
+ * element type; 1/sqrt(N) is the nearest binary32 in 32f and 32fc, and in
+ * 64f and 64fc the binary64 quotient 1.0 / sqrt(N), which at some N (2, 3,
+ * 8, ...) is one unit in the last place off the nearest binary64. The
+ * DCT-IV takes no flag. */
 
 typedef enum ScaleFlags {
     ScaleDivForwardByN = 1,
@@ -100,12 +119,35 @@ typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
     TVKG_SIZES_2_64(TVKG_KERNEL, name, t)                                           \
     TVKG_API TvkStatus name##_##t(const Tvk##t* src, Tvk##t* dst, int len, int flag);
 
+/* Complex DFT: X[k] = factor * sum_n x[n] exp(-2 pi i nk/N) forward,
+ * exp(+2 pi i nk/N) inverse. */
 TVKG_FAMILY(tvkgDFTFwd_CToC, 32fc)
 TVKG_FAMILY(tvkgDFTFwd_CToC, 64fc)
 TVKG_FAMILY(tvkgDFTInv_CToC, 32fc)
 TVKG_FAMILY(tvkgDFTInv_CToC, 64fc)
 
-/* Real forward kernels write a packed spectrum of float/double cells. */
+/* Real DFT. The forward kernels write bins 0..h (h = N/2 rounded down) of
+ * X[k] = sum_n x[n] exp(-2 pi i nk/N), R[k] = Re X[k], I[k] = Im X[k], as
+ * cells of the element type in one of three layouts:
+ *
+ *   CCS   cell 2k = R[k], cell 2k+1 = I[k], k = 0..h: 2h+2 cells (N+2 for
+ *         even N, N+1 for odd N); numpy.fft.rfft(x) viewed as interleaved
+ *         floats. Cell 1 and, for even N, cell N+1 hold +0.0.
+ *   Pack  cell 0 = R[0]; cell 2k-1 = R[k], cell 2k = I[k] for 0 < k < N/2;
+ *         for even N, cell N-1 = R[N/2]: N cells.
+ *   Perm  cell 0 = R[0]; for even N, cell 1 = R[N/2] and cell 2k = R[k],
+ *         cell 2k+1 = I[k] for 0 < k < N/2; for odd N as Pack: N cells.
+ *
+ *   N = 6:  CCS  R0 0 R1 I1 R2 I2 R3 0    N = 5:  CCS  R0 0 R1 I1 R2 I2
+ *           Pack R0 R1 I1 R2 I2 R3                Pack R0 R1 I1 R2 I2
+ *           Perm R0 R3 R1 I1 R2 I2                Perm R0 R1 I1 R2 I2
+ *
+ * The inverse kernels read a layout (never CCS cell 1 or, for even N, N+1)
+ * as the spectrum X[N-k] = conj X[k] and write the N reals
+ * y[n] = factor * (R[0] + (-1)^n R[N/2] + 2 sum_{0<k<N/2} (R[k] cos(2 pi nk/N)
+ * - I[k] sin(2 pi nk/N))), the R[N/2] term for even N only: under
+ * ScaleNoDivide N times the forward kernel's input. An in-place CCS call
+ * needs an array of the CCS length. */
 TVKG_FAMILY(tvkgDFTFwd_RToCCS, 32f)
 TVKG_FAMILY(tvkgDFTFwd_RToCCS, 64f)
 TVKG_FAMILY(tvkgDFTFwd_RToPack, 32f)
@@ -119,15 +161,23 @@ TVKG_FAMILY(tvkgDFTInv_PackToR, 64f)
 TVKG_FAMILY(tvkgDFTInv_PermToR, 32f)
 TVKG_FAMILY(tvkgDFTInv_PermToR, 64f)
 
+/* Hartley: H[k] = factor * sum_n x[n] (cos(2 pi nk/N) + sin(2 pi nk/N)),
+ * N cells in natural order; its own inverse up to N. */
 TVKG_FAMILY(tvkgHartley, 32f)
 TVKG_FAMILY(tvkgHartley, 64f)
 
-/* Walsh-Hadamard: orders 1..13 (2..8192 points). `buffer` is the work buffer
- * of orders 8..13 (16-byte aligned, size from tvkgWHTGetBufferSize_*); a null
- * buffer makes the kernel allocate its own for the call. A buffer may be src
- * or dst itself; one that overlaps either in any other way is not used (the
- * kernel allocates its own, as for a null buffer), so the result is always
- * that of a separate buffer. */
+/* Walsh-Hadamard: orders 1..13 (N = 2..8192 points), rows in natural
+ * (Hadamard) order: dst[k] = factor * sum_j (-1)^popcount(j & k) src[j]; its
+ * own inverse up to N.
+ * `buffer` is the work buffer of orders 8..13 (orders 1..7 ignore it):
+ * 16-byte aligned, of the bytes tvkgWHTGetBufferSize_* gives, all of which a
+ * call writes. That is the data's size, N elements, except at orders 11..13
+ * in 64f and 12..13 in 32f, where it is one chunk (2048 or 8192 bytes)
+ * more. A null buffer makes the kernel allocate its own for the call. The
+ * buffer may be src or dst itself only if that array has the buffer's size;
+ * buffer == src overwrites src. One that overlaps src or dst in any other
+ * way is not used (the kernel allocates its own), so the result in dst is
+ * always that of a separate buffer. */
 #define TVKG_WHT_KERNEL(t, n) \
     TVKG_API TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer);
 TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 32f)
@@ -137,7 +187,26 @@ TVKG_API TvkStatus tvkgWHT_64f(const Tvk64f* src, Tvk64f* dst, int order, int fl
 TVKG_API TvkStatus tvkgWHTGetBufferSize_32f(int order, int32_t* pSize);
 TVKG_API TvkStatus tvkgWHTGetBufferSize_64f(int order, int32_t* pSize);
 
-/* DCT-IV plans for power-of-two lengths. */
+/* DCT-IV, unnormalised, with no scale flag:
+ *   y[k] = sum_{n=0}^{N-1} x[n] cos(pi/N (n + 1/2)(k + 1/2)),  k = 0..N-1,
+ * half of scipy.fft.dct(x, type=4); applied twice it gives N/2 times x.
+ * Lengths are the powers of two, 2 to 2^26 in 32f and 2 to 2^25 in 64f.
+ * GetSize gives the bytes of a plan for Init's `mem` (any alignment);
+ * InitAlloc takes them from tvkMalloc, and Free hands such a block to
+ * tvkFree (a plan in the caller's own memory needs no call).
+ * A plan of length 64 or more overwrites its work area on every run: one
+ * thread at a time per plan (build one per thread). Plans of lengths 2 to 32
+ * are only read and may be shared.
+ * Lengths that these functions accept without giving a DCT-IV (the C++ and
+ * Python interfaces refuse them):
+ *   - 2^k + 1 (32f from 33, 64f from 9): the plan runs the tree of 2^k; it
+ *     reads src[N] and writes dst[N], one element past each array, and
+ *     leaves some of dst unwritten;
+ *   - the plan's size is a 32-bit sum that wraps: GetSize refuses 2^27 to
+ *     2^29 in 32f and 2^26 to 2^28 in 64f, but for 2^30 in 32f and 2^29 and
+ *     2^30 in 64f (and those plus one) it returns a wrapped, far too small
+ *     size, and Init and InitAlloc then build the plan past the end of its
+ *     block. */
 TVKG_API TvkStatus tvkgDCT4GetSize_32f(int len, int32_t* size);
 TVKG_API TvkStatus tvkgDCT4Init_32f(TvkgDCT4Plan_32f** plan, int len, uint8_t* mem);
 TVKG_API TvkStatus tvkgDCT4InitAlloc_32f(TvkgDCT4Plan_32f** plan, int len);

@@ -21,10 +21,11 @@
 
 namespace tvkgen {
 
-// The scale flag: which factor the result is multiplied by.
+// The scale flag: which factor the result is multiplied by (the table is in
+// tvkgen.h).
 enum class scale : int {
-    forward_by_n = ScaleDivForwardByN, // 1/N in forward kernels (and Hartley)
-    inverse_by_n = ScaleDivInverseByN, // 1/N in inverse kernels (and Hartley)
+    forward_by_n = ScaleDivForwardByN, // 1/N in forward kernels, Hartley and WHT; 1 in inverse ones
+    inverse_by_n = ScaleDivInverseByN, // 1/N in inverse kernels, Hartley and WHT; 1 in forward ones
     by_sqrt_n = ScaleDivBySqrtN,
     none = ScaleNoDivide,
 };
@@ -45,7 +46,8 @@ private:
     std::string function_;
 };
 
-// The packed layouts of a real spectrum (see tvkgen.h).
+// The packed layouts of a real spectrum, cell by cell in tvkgen.h (CCS is
+// numpy.fft.rfft's result viewed as interleaved reals).
 struct ccs_t {};
 struct pack_t {};
 struct perm_t {};
