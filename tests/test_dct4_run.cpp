@@ -183,6 +183,50 @@ TEST(Dct4Run, LengthTwoImpulse)
     EXPECT_EQ(y[1], 0.38268343f);
 }
 
+// The direct kernels of lengths 2 and 4 as written, in the element type
+// with its literal constants: length 2 one rotation by pi/8, length 4 two
+// rotations in lifted form (three products each) and a butterfly of two.
+template <class Real>
+struct SmallDct4Constants;
+template <>
+struct SmallDct4Constants<float> {
+    static constexpr float c = 0.9238795f, s = 0.38268343f;
+    static constexpr float s1 = 0.98078525f, t1 = 0.8206788f, s2 = 0.8314696f, t2 = 0.53451115f, w = 0.70710677f;
+};
+template <>
+struct SmallDct4Constants<double> {
+    static constexpr double c = 0.9238795325112867, s = 0.3826834323650898;
+    static constexpr double s1 = 0.9807852804032304, t1 = 0.8206787908286604, s2 = 0.8314696123025452,
+                            t2 = 0.5345111359507917, w = 0.7071067811865476;
+};
+
+template <class Real>
+std::vector<Real> smallDct4(const std::vector<Real>& x)
+{
+    using K = SmallDct4Constants<Real>;
+    if (x.size() == 2)
+        return {K::c * x[0] + K::s * x[1], K::s * x[0] - K::c * x[1]};
+    const Real a = x[0] - K::t1 * x[3], b = x[1] - K::t2 * x[2];
+    const Real d = x[3] + K::s1 * a, e = x[2] + K::s2 * b;
+    const Real f = a - K::t1 * d, g = b - K::t2 * e;
+    const Real h = (d - e) * K::w, j = (f + g) * K::w;
+    return {d + e, h + j, h - j, f - g};
+}
+
+TYPED_TEST(Dct4Run, LengthsTwoAndFourAsWritten)
+{
+    for (int n : {2, 4}) {
+        const OwnedPlan<TypeParam> plan(n);
+        for (unsigned seed = 0; seed < 200; ++seed) {
+            const std::vector<TypeParam> x = tvktest::randomReals<TypeParam>(n, seed, TypeParam(-4), TypeParam(4));
+            const std::vector<TypeParam> want = smallDct4(x), got = plan(x);
+            for (int k = 0; k < n; ++k)
+                EXPECT_TRUE(tvktest::sameBits(&got[k], &want[k], 1))
+                    << "len " << n << " seed " << seed << " y[" << k << "]: " << got[k] << " vs " << want[k];
+        }
+    }
+}
+
 // The root's work matrix of length 64: 8 rows of 8 columns, real parts of
 // column c in the even rows, imaginary parts in the odd ones.
 TYPED_TEST(Dct4Run, WorkMatrixOfLength64)

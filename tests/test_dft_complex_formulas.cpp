@@ -2,7 +2,9 @@
 // in their order and precision, must give the kernels' bits exactly.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <complex>
+#include <utility>
 #include <vector>
 
 #include "test_support.h"
@@ -49,6 +51,17 @@ std::vector<Cx<T>> scaled(std::vector<Cx<T>> X, T s)
     for (auto& v : X)
         v = s * v;
     return X;
+}
+
+// 1/sqrt(n) as the kernels hold it: the binary64 quotient 1.0/sqrt(n), or
+// the binary32 nearest to 1/sqrt(n).
+template <class T>
+T sqrtScale(int n)
+{
+    if constexpr (sizeof(T) == sizeof(double))
+        return 1.0 / std::sqrt(static_cast<double>(n));
+    else
+        return static_cast<float>(1 / std::sqrt(static_cast<long double>(n)));
 }
 
 using Kernel32 = TvkStatus (*)(const Tvk32fc*, Tvk32fc*, int);
@@ -136,20 +149,27 @@ std::vector<Cx<T>> size4(const std::vector<Cx<T>>& x, bool inverse)
     return {a + c, b + rd, a - c, b - rd};
 }
 
+// Both directions and both types: size 2 with each flag, size 4 under one.
+template <class T, class Kernel>
+void expectSizes2And4(const Kernel (&k2)[2], const Kernel (&k4)[2])
+{
+    for (unsigned seed = 0; seed < 50; ++seed)
+        for (int inverse = 0; inverse < 2; ++inverse) {
+            SCOPED_TRACE(testing::Message() << (inverse ? "inverse" : "forward") << " seed " << seed);
+            const auto x2 = randomSignal<T>(2, seed), x4 = randomSignal<T>(4, seed);
+            for (const auto& [flag, s] : {std::pair<int, T>{ScaleNoDivide, 1}, {ScaleDivBySqrtN, sqrtScale<T>(2)}})
+                expectBits(run(k2[inverse], x2, flag), scaled<T>({x2[0] + x2[1], x2[0] - x2[1]}, s));
+            const int divides = inverse ? ScaleDivInverseByN : ScaleDivForwardByN;
+            expectBits(run(k4[inverse], x4, divides), scaled(size4(x4, inverse), T(0.25)));
+        }
+}
+
 TEST(WrittenFormulas, Sizes2And4)
 {
-    for (unsigned seed = 0; seed < 50; ++seed) {
-        const auto x2f = randomSignal<float>(2, seed);
-        const auto x2d = randomSignal<double>(2, seed);
-        expectBits(run(tvkgDFTFwd_CToC_2_32fc, x2f, ScaleDivForwardByN), scaled<float>({x2f[0] + x2f[1], x2f[0] - x2f[1]}, 0.5f));
-        expectBits(run(tvkgDFTInv_CToC_2_64fc, x2d, ScaleNoDivide), {x2d[0] + x2d[1], x2d[0] - x2d[1]});
-        const auto x4f = randomSignal<float>(4, seed);
-        const auto x4d = randomSignal<double>(4, seed);
-        expectBits(run(tvkgDFTFwd_CToC_4_32fc, x4f, ScaleNoDivide), size4(x4f, false));
-        expectBits(run(tvkgDFTInv_CToC_4_32fc, x4f, ScaleDivInverseByN), scaled(size4(x4f, true), 0.25f));
-        expectBits(run(tvkgDFTFwd_CToC_4_64fc, x4d, ScaleDivBySqrtN), scaled(size4(x4d, false), 0.5));
-        expectBits(run(tvkgDFTInv_CToC_4_64fc, x4d, ScaleNoDivide), size4(x4d, true));
-    }
+    expectSizes2And4<float>({tvkgDFTFwd_CToC_2_32fc, tvkgDFTInv_CToC_2_32fc},
+                            {tvkgDFTFwd_CToC_4_32fc, tvkgDFTInv_CToC_4_32fc});
+    expectSizes2And4<double>({tvkgDFTFwd_CToC_2_64fc, tvkgDFTInv_CToC_2_64fc},
+                             {tvkgDFTFwd_CToC_4_64fc, tvkgDFTInv_CToC_4_64fc});
 }
 
 // ---- sizes 3 and 5: the folded form ------------------------------------------
@@ -160,12 +180,24 @@ TEST(WrittenFormulas, Sizes2And4)
 const double kCos[6][3] = {{}, {}, {}, {1, -0.5}, {}, {1, 0.30901699437494745, -0.8090169943749475}};
 const double kSin[6][3] = {{}, {}, {}, {0, 0.8660254037844386}, {}, {0, 0.9510565162951535, 0.5877852522924731}};
 
-// cos and sin of 2*pi*j/p by index j mod p.
-double cosOf(int p, int j) { j %= p; return j <= p / 2 ? kCos[p][j] : kCos[p][p - j]; }
-double sinOf(int p, int j) { j %= p; return j <= p / 2 ? kSin[p][j] : -kSin[p][p - j]; }
+// cos and sin of 2*pi*j/p by index j mod p: the written constants of 3 and
+// 5; for 7 the binary64 nearest to the long-double value.
+double trigOf(int p, int j, bool sine)
+{
+    j %= p;
+    if (p == 7) {
+        const long double angle = 2 * 3.141592653589793238462643383279502884L * j / p;
+        return static_cast<double>(sine ? std::sin(angle) : std::cos(angle));
+    }
+    const double(&table)[6][3] = sine ? kSin : kCos;
+    return j <= p / 2 ? table[p][j] : (sine ? -1 : 1) * table[p][p - j];
+}
+double cosOf(int p, int j) { return trigOf(p, j, false); }
+double sinOf(int p, int j) { return trigOf(p, j, true); }
 
 // The vector codelets of both types (all but the scalar 32fc 3 and 5) form
-// X0 = x0 + (a1 + a2) and every sum and product in the element type.
+// X0 = x0 + (a1 + a2 + ...), m[k] from x0 upward, n[k] from j = 1 on, and
+// every sum and product in the element type.
 template <class T>
 std::vector<Cx<T>> foldedPlain(const std::vector<Cx<T>>& x, bool inverse)
 {
@@ -234,8 +266,24 @@ TEST(WrittenFormulas, FoldedSizes3And5)
                 expectBits(run(k64[which][inverse], xd, ScaleNoDivide), foldedPlain(xd, inverse));
                 const auto xf = randomSignal<float>(p, seed);
                 expectBits(run(k32[which][inverse], xf, ScaleDivBySqrtN),
-                           scaled(folded32(xf, inverse), static_cast<float>(1 / std::sqrt(static_cast<long double>(p)))));
+                           scaled(folded32(xf, inverse), sqrtScale<float>(p)));
             }
+    }
+}
+
+// In 64fc the folded length 7 keeps the written order in X0 and in its
+// cosine sums (X0 = x0 + ((a1 + a2) + a3), m[k] from x0 upward); the order
+// of its sine sums is open. With x[j] = x[7-j] every b[j] is zero, so
+// X[k] = X[7-k] = m[k] whatever that order.
+TEST(WrittenFormulas, Size7Of64fcCosineSums)
+{
+    const Kernel64 kernels[2] = {tvkgDFTFwd_CToC_7_64fc, tvkgDFTInv_CToC_7_64fc};
+    for (unsigned seed = 0; seed < 100; ++seed) {
+        auto x = randomSignal<double>(7, seed);
+        for (int j = 1; j <= 3; ++j)
+            x[7 - j] = x[j];
+        for (int inverse = 0; inverse < 2; ++inverse)
+            expectBits(run(kernels[inverse], x, ScaleNoDivide), foldedPlain(x, inverse));
     }
 }
 

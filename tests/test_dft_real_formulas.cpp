@@ -1,12 +1,15 @@
-// The forward real kernels of sizes 2, 3, 4, 5 and 8 bit for bit against
-// their formulas, evaluated here in the written order and precision: every
-// operation of binary64 kernels in binary64; in binary32 kernels a
+// The forward real kernels of sizes 2, 3, 4, 5 and 8, and in binary32 the
+// direct folding of 7 and 11, bit for bit against their formulas,
+// evaluated here in the written order and precision: every operation of
+// binary64 kernels in binary64; in binary32 kernels a
 // statement with a product by a (binary64) constant in binary64 from
 // exactly widened operands, rounded once when its result is stored, the
 // factor and the final 0 - v belonging to an output's last statement.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <numbers>
 #include <type_traits>
 #include <vector>
 
@@ -67,6 +70,35 @@ Spectrum<T> formula(int n, const std::vector<T>& x, T f)
         X.re[2] = output<T, W>((W(x[0]) - c2 * W(a1)) + c1 * W(a2), f, false);
         X.im[1] = output<T, W>(s1 * W(b1) + s2 * W(b2), f, true);
         X.im[2] = output<T, W>(s2 * W(b1) - s1 * W(b2), f, true);
+        break;
+    }
+    case 7:
+    case 11: {
+        // Direct folding, run for binary32 only, where each output is one
+        // binary64 statement (x[0] and the products, then the factor and
+        // the 0 - v) rounded once, so that the order of its sums, which is
+        // free, shows only through that one rounding. a[j], b[j] and the
+        // zero bin are binary32.
+        const int h = (n - 1) / 2;
+        std::vector<T> a(h + 1), b(h + 1);
+        T zero = T(0);
+        for (int j = 1; j <= h; ++j) {
+            a[j] = x[j] + x[n - j];
+            b[j] = x[j] - x[n - j];
+            zero = j == 1 ? a[1] : zero + a[j];
+        }
+        X.re[0] = (x[0] + zero) * f;
+        const long double pi = std::numbers::pi_v<long double>;
+        for (int k = 1; k <= h; ++k) {
+            W re = W(x[0]), im = 0;
+            for (int j = 1; j <= h; ++j) {
+                const long double angle = 2 * pi * (j * k % n) / n;
+                re += static_cast<W>(std::cos(angle)) * W(a[j]);
+                im += static_cast<W>(std::sin(angle)) * W(b[j]);
+            }
+            X.re[k] = output<T, W>(re, f, false);
+            X.im[k] = output<T, W>(im, f, true);
+        }
         break;
     }
     case 8: {
@@ -140,12 +172,13 @@ std::vector<RealKernel> writtenOut()
 {
     std::vector<RealKernel> kernels;
     for (const RealKernel& k : builtRealForwardKernels())
-        if (k.size == 2 || k.size == 3 || k.size == 4 || k.size == 5 || k.size == 8)
+        if (k.size == 2 || k.size == 3 || k.size == 4 || k.size == 5 || k.size == 8 ||
+            (!k.is64() && (k.size == 7 || k.size == 11)))
             kernels.push_back(k);
     return kernels;
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes2To8, RealFormulaTest, ::testing::ValuesIn(writtenOut()),
+INSTANTIATE_TEST_SUITE_P(WrittenOut, RealFormulaTest, ::testing::ValuesIn(writtenOut()),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 // The test tells the binary32 statement rule from plain binary32

@@ -1,6 +1,6 @@
 // What the Hartley kernels compute, expanded over sizes, types and flags:
 // the definition, their own inverse, the flags, impulse and constant
-// inputs, sizes 2 to 5 bit for bit, and the operation counts.
+// inputs, sizes 2 to 5 and 8 bit for bit, and the operation counts.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -89,7 +89,7 @@ TEST_P(HartleyTest, ImpulseAndConstant)
     }
 }
 
-// ---- Sizes 2 to 5 bit for bit --------------------------------------------
+// ---- Sizes 2 to 5 and 8 bit for bit --------------------------------------
 // Binary32 kernels: the core's statements with products in binary64, each
 // rounded once; the parts P and Q rounded before the butterfly, which is a
 // binary32 sum; the factor in binary32.
@@ -130,6 +130,24 @@ std::vector<T> hartleyFormula(int n, const std::vector<T>& x, bool roundParts)
         h[0] = x[0] + (a1 + a2);
         pair(1, (W(x[0]) + c1 * W(a1)) - c2 * W(a2), s1 * W(b1) + s2 * W(b2));
         pair(2, (W(x[0]) - c2 * W(a1)) + c1 * W(a2), s2 * W(b1) - s1 * W(b2));
+        break;
+    }
+    case 8: {
+        // The forward size-8 graph without its factors and negations: the
+        // products c b1, c b3 alone, each rounded; then Q = -Im X.
+        T a[4], b[4];
+        for (int i = 0; i < 4; ++i) {
+            a[i] = x[i] + x[i + 4];
+            b[i] = x[i] - x[i + 4];
+        }
+        const T e = a[0] + a[2], g = a[1] + a[3];
+        const T p = static_cast<T>(0.7071067811865476 * W(b[1])), q = static_cast<T>(0.7071067811865476 * W(b[3]));
+        const T u = p - q, v = p + q;
+        h[0] = e + g;
+        h[4] = e - g;
+        pair(1, b[0] + u, b[2] + v);
+        pair(2, a[0] - a[2], a[1] - a[3]);
+        pair(3, b[0] - u, v - b[2]);
         break;
     }
     }
@@ -226,14 +244,14 @@ std::vector<RealKernel> writtenOutHartley()
 {
     std::vector<RealKernel> kernels;
     for (const RealKernel& k : hartleyKernels())
-        if (k.size <= 5)
+        if (k.size <= 5 || k.size == 8)
             kernels.push_back(k);
     return kernels;
 }
 
 INSTANTIATE_TEST_SUITE_P(Built, HartleyTest, ::testing::ValuesIn(hartleyKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Sizes2To5, HartleyFormulaTest, ::testing::ValuesIn(writtenOutHartley()),
+INSTANTIATE_TEST_SUITE_P(Sizes2To5And8, HartleyFormulaTest, ::testing::ValuesIn(writtenOutHartley()),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace
