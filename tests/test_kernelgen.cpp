@@ -270,9 +270,10 @@ TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
     EXPECT_GT(statements, 0);
 }
 
-// The avx2 level's pairing of 64fc stages: a paired operation does the work
-// of two, so every count of the kernel is what it was; and the larger
-// kernels do pair (their bytes are held by the digests of the avx2 build).
+// The avx2 level's pairing of complex stages, 64fc and 32fc: a paired
+// operation does the work of two, so every count of the kernel is what it
+// was; and the larger kernels do pair (their bytes are held by the digests
+// of the avx2 build).
 TEST(Pairing, KeepsEveryOperationOfTheComplexKernels)
 {
     std::map<std::string, int> pairedKernels;

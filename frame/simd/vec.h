@@ -1,6 +1,7 @@
 // The vector layer: every vector operation of the kernels goes through the
 // free functions declared by one of the two back ends below, on the types
-// V4f (four binary32 lanes) and V2d (two binary64 lanes).
+// V4f (four binary32 lanes) and V2d (two binary64 lanes); at the avx2 level
+// the sse2 back end adds V8f and V4d, two of those in one 256-bit register.
 //
 //   loadScalar / storeScalar  one number at any byte address
 //   load / store            aligned 128-bit moves
@@ -14,6 +15,8 @@
 //   moveLowHalves           (a0, a1, b0, b1)
 //   moveHighHalves          (a2, a3, b2, b3)
 //   broadcast (V4f or V2d by argument type)
+//   load8 / load4           aligned 256-bit loads (V8f / V4d)
+//   lowHalf / highHalf / combine  a 256-bit vector's halves, and back
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
 // element type with round-to-nearest, and no operation is fused.

@@ -1,4 +1,4 @@
-// The expression graph of one kernel: typed values (scalar or 128-bit
+// The expression graph of one kernel: typed values (scalar, 128- or 256-bit
 // vector, binary32 or binary64) and the operations between them, in the
 // order in which a method builder created them. Each operation rounds once,
 // in its own type, from its operands alone, so any order that keeps operands

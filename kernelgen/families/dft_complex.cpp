@@ -2,7 +2,6 @@
 
 #include "core/pairing.h"
 
-#include <algorithm>
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -517,11 +516,8 @@ std::vector<SizeDispatcher> complexDispatchers()
             SizeDispatcher s{std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") +
                                  typeSuffix(type),
                              element, element, 2, {}};
-            const std::vector<int> sizes = complexSizes(type);
-            for (int n = 2; n <= 64; ++n) {
-                const bool built = std::find(sizes.begin(), sizes.end(), n) != sizes.end();
-                s.entries.push_back(built ? exportedName(type, n, d) : "");
-            }
+            for (int n = 2; n <= 64; ++n)
+                s.entries.push_back(exportedName(type, n, d));
             dispatchers.push_back(s);
         }
     return dispatchers;

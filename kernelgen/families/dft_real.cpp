@@ -1,6 +1,5 @@
 #include "families/dft_real.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -81,9 +80,6 @@ FramedKernelFile sizeFile(bool inverse, RealType type, int size)
     file.space = std::string(inverse ? "dft_real_inverse_" : "dft_real_") + typeSuffix(type) + "_" +
                  std::to_string(size);
     file.element = std::string("Tvk") + typeSuffix(type);
-    const std::vector<int> sizes = realSizes();
-    if (std::find(sizes.begin(), sizes.end(), size) == sizes.end())
-        return file;
     const Graph ccs = inverse ? inverseGraph(type, size) : forwardGraph(type, size);
     const std::string words = realRoadWords(inverse ? RoadSet::Inverse : RoadSet::Forward, size);
     for (RealLayout layout : kLayouts) {
@@ -113,15 +109,12 @@ FramedKernelFile sizeFile(bool inverse, RealType type, int size)
 std::vector<SizeDispatcher> dispatchers(bool inverse)
 {
     std::vector<SizeDispatcher> result;
-    const std::vector<int> sizes = realSizes();
     for (RealType type : {RealType::R32, RealType::R64})
         for (RealLayout layout : kLayouts) {
             const std::string element = std::string("Tvk") + typeSuffix(type);
             SizeDispatcher d{exportedName(inverse, layout, "", type), element, element, 2, {}};
-            for (int n = 2; n <= 64; ++n) {
-                const bool built = std::find(sizes.begin(), sizes.end(), n) != sizes.end();
-                d.entries.push_back(built ? exportedName(inverse, layout, std::to_string(n), type) : "");
-            }
+            for (int n = 2; n <= 64; ++n)
+                d.entries.push_back(exportedName(inverse, layout, std::to_string(n), type));
             result.push_back(d);
         }
     return result;
