@@ -2,13 +2,13 @@
 // the build (type, size, direction), flags and alignments.
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <cstring>
 #include <set>
 #include <vector>
 
 #include "complex_kernels.h"
+#include "frame_checks.h"
 #include "test_support.h"
 
 using namespace tvktest;
@@ -40,43 +40,17 @@ protected:
     bool isChirp() const { return takesChirpForm(k); }
 };
 
-TEST_P(ComplexKernelTest, IsExported)
-{
-    EXPECT_NE(k.fn, nullptr) << k.name();
-}
-
 TEST_P(ComplexKernelTest, BadFlagsAndNullPointersLeaveArraysUntouched)
 {
-    const auto input = randomInput(k, 1);
-    OffsetArray<unsigned char> src(bytes(), 0), dst(bytes(), 0);
-    src.copyFrom(input.data());
-    dst.fillBytes(0xA5);
-    const auto dstBefore = dst.snapshot(32);
-    for (int flag : kBadFlags) {
-        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
-        // A null pointer outranks a bad flag, also beside a misaligned other pointer.
-        EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
-        EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
-        EXPECT_EQ(k.run(nullptr, dst.get() + 4, flag), StatusNullPointer);
-        EXPECT_EQ(k.run(src.get() + 8, nullptr, flag), StatusNullPointer);
-    }
-    EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
-    EXPECT_EQ(k.run(nullptr, dst.get(), ScaleNoDivide), StatusNullPointer);
-    EXPECT_EQ(dst.snapshot(32), dstBefore);
-    EXPECT_EQ(0, std::memcmp(src.get(), input.data(), bytes()));
+    expectFailedCallsTouchNothing(k, randomInput(k, 1), bytes());
 }
 
-TEST_P(ComplexKernelTest, DispatcherRoutesToTheKernel)
+TEST_P(ComplexKernelTest, DispatcherChecksTheSizeFirstThenRoutesToTheKernel)
 {
-    const auto input = randomInput(k, 2);
-    std::vector<unsigned char> viaKernel(bytes()), viaDispatcher(bytes());
-    ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
-    ASSERT_EQ(runDispatcher(k, input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
-    EXPECT_EQ(viaKernel, viaDispatcher);
-    std::vector<unsigned char> untouched(bytes(), 0x5A), dst = untouched;
-    EXPECT_EQ(runDispatcher(k, input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
-    EXPECT_EQ(runDispatcher(k, nullptr, dst.data(), k.size, 3), StatusNullPointer);
-    EXPECT_EQ(dst, untouched);
+    const auto dispatch = [this](const void* src, void* dst, int len, int flag) {
+        return runDispatcher(k, src, dst, len, flag);
+    };
+    expectDispatcherRoutesToTheKernel(k, dispatch, randomInput(k, 2), bytes());
 }
 
 // Every alignment of src and dst, and in-place calls, give the bytes of the
@@ -288,40 +262,5 @@ TEST_P(ComplexPairTest, RoundTripUnderEachFlag)
 
 INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest, ::testing::ValuesIn(builtForwardKernels()),
                          [](const auto& info) { return kernelLabel(info.param); });
-
-TEST(ComplexDispatcher, SizeTestComesFirst)
-{
-    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX}) {
-        EXPECT_EQ(tvkgDFTFwd_CToC_32fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
-        EXPECT_EQ(tvkgDFTInv_CToC_32fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
-        EXPECT_EQ(tvkgDFTFwd_CToC_64fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
-        EXPECT_EQ(tvkgDFTInv_CToC_64fc(nullptr, nullptr, len, 3), StatusSizeError) << len;
-    }
-}
-
-// 1/sqrt(30) of 64fc is the binary64 quotient 1.0 / sqrt(30.0).
-TEST(ComplexScale, Size30SqrtConstantOf64fc)
-{
-    std::vector<Tvk64fc> src(30, Tvk64fc{0, 0}), dst(30);
-    src[0].re = 1;
-    ASSERT_EQ(tvkgDFTFwd_CToC_30_64fc(src.data(), dst.data(), ScaleDivBySqrtN), StatusOk);
-    for (const Tvk64fc& X : dst)
-        EXPECT_EQ(X.re, 0.18257418583505536);
-}
-
-// The dispatchers jump densely: every length from 2 to 64 has its kernel in
-// both types and directions, and the dispatcher reaches it.
-TEST(ComplexDispatcher, EveryLengthHasItsKernel)
-{
-    EXPECT_EQ(builtComplexKernels().size(), 4u * 63u);
-    for (const char* type : {"32fc", "64fc"})
-        for (bool inverse : {false, true})
-            for (int len = 2; len <= 64; ++len) {
-                ComplexKernel probe{type, len, inverse, true, {}, nullptr};
-                std::vector<double> src(2 * 64, 0.0), dst(2 * 64, 0.0);
-                EXPECT_EQ(runDispatcher(probe, src.data(), dst.data(), len, ScaleNoDivide), StatusOk)
-                    << type << " " << len;
-            }
-}
 
 } // namespace

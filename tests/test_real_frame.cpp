@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <thread>
 #include <vector>
 
+#include "frame_checks.h"
 #include "real_inputs.h"
 
 using namespace tvktest;
@@ -22,41 +22,17 @@ protected:
     size_t outBytes() const { return k.outCells() * k.realBytes(); }
 };
 
-TEST_P(RealFrameTest, IsExported)
-{
-    EXPECT_NE(k.fn, nullptr) << k.name();
-}
-
 TEST_P(RealFrameTest, BadFlagsAndNullPointersLeaveArraysUntouched)
 {
-    const auto input = randomInput(k, 1);
-    OffsetArray<unsigned char> src(inBytes(), 0), dst(outBytes(), 0);
-    src.copyFrom(input.data());
-    dst.fillBytes(0xA5);
-    const auto dstBefore = dst.snapshot(32);
-    for (int flag : kBadFlags) {
-        EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
-        EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
-        EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
-    }
-    EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
-    EXPECT_EQ(dst.snapshot(32), dstBefore);
-    EXPECT_EQ(0, std::memcmp(src.get(), input.data(), inBytes()));
+    expectFailedCallsTouchNothing(k, randomInput(k, 1), outBytes());
 }
 
 TEST_P(RealFrameTest, DispatcherChecksTheSizeFirstThenRoutesToTheKernel)
 {
-    const auto input = randomInput(k, 2);
-    std::vector<unsigned char> viaKernel(outBytes()), viaDispatcher(outBytes());
-    ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
-    ASSERT_EQ(k.runDispatcher(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
-    EXPECT_EQ(viaKernel, viaDispatcher);
-    std::vector<unsigned char> untouched(outBytes(), 0x5A), dst = untouched;
-    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX})
-        EXPECT_EQ(k.runDispatcher(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
-    EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
-    EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, 3), StatusNullPointer);
-    EXPECT_EQ(dst, untouched);
+    const auto dispatch = [this](const void* src, void* dst, int len, int flag) {
+        return k.runDispatcher(src, dst, len, flag);
+    };
+    expectDispatcherRoutesToTheKernel(k, dispatch, randomInput(k, 2), outBytes());
 }
 
 // Every byte address of src and dst, and in-place calls, give the bytes of

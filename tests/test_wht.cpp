@@ -202,11 +202,6 @@ protected:
     const WhtKernel& k = GetParam();
 };
 
-TEST_P(WhtTest, IsExported)
-{
-    EXPECT_NE(k.fn, nullptr) << k.name();
-}
-
 // The network's bytes at every flag, every alignment of src and dst, in
 // place, and with the kernel's own or a caller's buffer. src stays unchanged
 // and nothing is written past dst.
