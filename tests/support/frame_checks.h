@@ -1,10 +1,12 @@
 // Checks of the call frame that every kernel on complex or real data shares:
-// the failing calls and their order, and the size dispatcher. `Kernel` has
-// run(src, dst, flag) and size; arrays are bytes of its element type.
+// the failing calls and their order, any address and in place, and the size
+// dispatcher. `Kernel` has run(src, dst, flag) and size; arrays are bytes of
+// its element type.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <vector>
@@ -34,6 +36,52 @@ void expectFailedCallsTouchNothing(const Kernel& k, const std::vector<unsigned c
     EXPECT_EQ(k.run(nullptr, dst.get(), ScaleNoDivide), StatusNullPointer);
     EXPECT_EQ(dst.snapshot(32), dstBefore);
     EXPECT_EQ(0, std::memcmp(src.get(), input.data(), input.size()));
+}
+
+// Every byte offset of src and dst, and in-place calls, give the bytes of
+// the aligned out-of-place call under every flag. Nothing behind the output
+// changes: out of place src keeps its bytes, and in place the input cells
+// behind the output keep theirs (cells N and N+1 of an inverse CCS array).
+template <class Kernel>
+void expectSameBytesAtEveryAddressAndInPlace(const Kernel& k, const std::vector<unsigned char>& input,
+                                              size_t outBytes)
+{
+    const size_t inBytes = input.size(), room = std::max(inBytes, outBytes);
+    const auto sameAsReference = [](const std::vector<unsigned char>& reference, const std::vector<unsigned char>& out) {
+        return std::equal(reference.begin(), reference.end(), out.begin());
+    };
+    const auto allBytes = [](auto first, auto last, unsigned char b) {
+        return std::all_of(first, last, [b](unsigned char x) { return x == b; });
+    };
+    for (int flag : kGoodFlags) {
+        OffsetArray<unsigned char> refSrc(inBytes, 0), refDst(outBytes, 0);
+        refSrc.copyFrom(input.data());
+        ASSERT_EQ(k.run(refSrc.get(), refDst.get(), flag), StatusOk);
+        const auto reference = refDst.snapshot();
+        for (int srcOffset : kOffsets)
+            for (int dstOffset : kOffsets) {
+                OffsetArray<unsigned char> src(inBytes, srcOffset), dst(outBytes, dstOffset);
+                src.copyFrom(input.data());
+                dst.fillBytes(0xC3);
+                ASSERT_EQ(k.run(src.get(), dst.get(), flag), StatusOk);
+                const auto out = dst.snapshot(32);
+                EXPECT_TRUE(sameAsReference(reference, out))
+                    << "flag " << flag << ", src +" << srcOffset << ", dst +" << dstOffset;
+                EXPECT_TRUE(allBytes(out.begin() + outBytes, out.end(), 0xC3)) << "wrote past the output";
+                EXPECT_EQ(0, std::memcmp(src.get(), input.data(), inBytes)) << "src changed";
+            }
+        for (int offset : kOffsets) {
+            OffsetArray<unsigned char> both(room, offset);
+            both.fillBytes(0x3C);
+            std::memcpy(both.get(), input.data(), inBytes);
+            ASSERT_EQ(k.run(both.get(), both.get(), flag), StatusOk);
+            const auto out = both.snapshot(32);
+            EXPECT_TRUE(sameAsReference(reference, out)) << "flag " << flag << ", in place at +" << offset;
+            for (size_t i = outBytes; i < inBytes; ++i)
+                ASSERT_EQ(out[i], input[i]) << "input byte " << i << " behind the output, in place";
+            EXPECT_TRUE(allBytes(out.begin() + room, out.end(), 0x3C)) << "wrote past the array, in place";
+        }
+    }
 }
 
 // The dispatcher tests the length before anything else, then gives the
