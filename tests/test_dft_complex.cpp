@@ -164,16 +164,9 @@ TEST_P(ComplexExactDcTest, DcBinIsTheExactSum)
 INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ::testing::ValuesIn(builtComplexKernels()),
                          [](const auto& info) { return kernelLabel(info.param); });
 
-std::vector<ComplexKernel> exactDcKernels()
-{
-    std::vector<ComplexKernel> kernels;
-    for (const ComplexKernel& k : builtComplexKernels())
-        if (!takesChirpForm(k))
-            kernels.push_back(k);
-    return kernels;
-}
-
-INSTANTIATE_TEST_SUITE_P(Built, ComplexExactDcTest, ::testing::ValuesIn(exactDcKernels()),
+INSTANTIATE_TEST_SUITE_P(Built, ComplexExactDcTest,
+                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),
+                                                          [](const auto& k) { return !takesChirpForm(k); })),
                          [](const auto& info) { return kernelLabel(info.param); });
 
 // Properties of a forward kernel and its inverse together.

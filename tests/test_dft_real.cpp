@@ -156,18 +156,11 @@ TEST(RealForwardRounding, Binary64OperationsOnlyInStatementsWithProducts)
     }
 }
 
-std::vector<RealKernel> ccsKernels()
-{
-    std::vector<RealKernel> ccs;
-    for (const RealKernel& k : builtRealForwardKernels())
-        if (k.layout == Layout::CCS)
-            ccs.push_back(k);
-    return ccs;
-}
-
 INSTANTIATE_TEST_SUITE_P(Built, RealForwardTest, ::testing::ValuesIn(builtRealForwardKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest, ::testing::ValuesIn(ccsKernels()),
+INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest,
+                         ::testing::ValuesIn(kernelsWhere(builtRealForwardKernels(),
+                                                          [](const auto& k) { return k.layout == Layout::CCS; })),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace

@@ -168,17 +168,14 @@ TEST_P(RealFormulaTest, BitForBit)
         expectFormula<float>(k);
 }
 
-std::vector<RealKernel> writtenOut()
+bool writtenOut(const RealKernel& k)
 {
-    std::vector<RealKernel> kernels;
-    for (const RealKernel& k : builtRealForwardKernels())
-        if (k.size == 2 || k.size == 3 || k.size == 4 || k.size == 5 || k.size == 8 ||
-            (!k.is64() && (k.size == 7 || k.size == 11)))
-            kernels.push_back(k);
-    return kernels;
+    return k.size == 2 || k.size == 3 || k.size == 4 || k.size == 5 || k.size == 8 ||
+           (!k.is64() && (k.size == 7 || k.size == 11));
 }
 
-INSTANTIATE_TEST_SUITE_P(WrittenOut, RealFormulaTest, ::testing::ValuesIn(writtenOut()),
+INSTANTIATE_TEST_SUITE_P(WrittenOut, RealFormulaTest,
+                         ::testing::ValuesIn(kernelsWhere(builtRealForwardKernels(), writtenOut)),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 // The test tells the binary32 statement rule from plain binary32

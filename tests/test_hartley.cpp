@@ -240,18 +240,11 @@ TEST(HartleyCounts, ForwardCoreButterfliesAndFactor)
 
 std::vector<RealKernel> hartleyKernels() { return builtRealKernels(RealFamily::Hartley); }
 
-std::vector<RealKernel> writtenOutHartley()
-{
-    std::vector<RealKernel> kernels;
-    for (const RealKernel& k : hartleyKernels())
-        if (k.size <= 5 || k.size == 8)
-            kernels.push_back(k);
-    return kernels;
-}
-
 INSTANTIATE_TEST_SUITE_P(Built, HartleyTest, ::testing::ValuesIn(hartleyKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Sizes2To5And8, HartleyFormulaTest, ::testing::ValuesIn(writtenOutHartley()),
+INSTANTIATE_TEST_SUITE_P(Sizes2To5And8, HartleyFormulaTest,
+                         ::testing::ValuesIn(kernelsWhere(hartleyKernels(),
+                                                          [](const auto& k) { return k.size <= 5 || k.size == 8; })),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace

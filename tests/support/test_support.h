@@ -47,6 +47,14 @@ private:
     unsigned char* data_;
 };
 
+// The kernels of a list that a test applies to.
+template <class Kernel, class Applies>
+std::vector<Kernel> kernelsWhere(std::vector<Kernel> kernels, Applies applies)
+{
+    std::erase_if(kernels, [&](const Kernel& k) { return !applies(k); });
+    return kernels;
+}
+
 template <class T>
 bool sameBits(const T* a, const T* b, std::size_t count)
 {
