@@ -21,37 +21,15 @@
 #include <vector>
 
 #include "complex_kernels.h"
+#include "digest_inputs.h"
 #include "real_kernels.h"
 #include "tvkcore.h"
 
 namespace {
 
-uint64_t fnv1a(const unsigned char* data, size_t size, uint64_t hash)
-{
-    for (size_t i = 0; i < size; ++i)
-        hash = (hash ^ data[i]) * 0x100000001b3ULL;
-    return hash;
-}
-
-constexpr uint64_t kFnvBasis = 0xcbf29ce484222325ULL;
-
-// Inputs from integer arithmetic alone, so that every build sees the same bits.
-void fixedInput(bool is64, size_t count, unsigned char* bytes, unsigned seed)
-{
-    uint32_t state = 2463534242u + seed;
-    for (size_t i = 0; i < count; ++i) {
-        state ^= state << 13;
-        state ^= state >> 17;
-        state ^= state << 5;
-        const double v = (static_cast<int32_t>(state) / 2147483648.0);
-        if (is64)
-            std::memcpy(bytes + 8 * i, &v, 8);
-        else {
-            const float f = static_cast<float>(v);
-            std::memcpy(bytes + 4 * i, &f, 4);
-        }
-    }
-}
+using tvktest::fixedInput;
+using tvktest::fnv1a;
+using tvktest::kFnvBasis;
 
 // The three ways into a kernel. Each runs the kernel on `count` numbers from
 // src (at the path's offset) and hands back where it wrote them.

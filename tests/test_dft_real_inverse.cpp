@@ -289,40 +289,23 @@ TEST(RealInverseCounts, MatchTheBudgets)
 
 std::vector<RealKernel> inverseKernels() { return builtRealKernels(RealFamily::Inverse); }
 
-std::vector<RealKernel> ccsInverseKernels()
+// Sizes whose steps are written out: all of 2, 3, 4 and 8, and the binary32
+// direct folding of 5 and 7.
+bool writtenOut(const RealKernel& k)
 {
-    std::vector<RealKernel> ccs;
-    for (const RealKernel& k : inverseKernels())
-        if (k.layout == Layout::CCS)
-            ccs.push_back(k);
-    return ccs;
-}
-
-std::vector<RealKernel> writtenOutInverse()
-{
-    std::vector<RealKernel> kernels;
-    for (const RealKernel& k : inverseKernels())
-        if (k.size == 2 || k.size == 3 || k.size == 4 || k.size == 8 || (!k.is64() && (k.size == 5 || k.size == 7)))
-            kernels.push_back(k);
-    return kernels;
-}
-
-std::vector<RealKernel> complexBinOneKernels()
-{
-    std::vector<RealKernel> kernels;
-    for (const RealKernel& k : inverseKernels())
-        if (k.size >= 3)
-            kernels.push_back(k);
-    return kernels;
+    return k.size == 2 || k.size == 3 || k.size == 4 || k.size == 8 || (!k.is64() && (k.size == 5 || k.size == 7));
 }
 
 INSTANTIATE_TEST_SUITE_P(Built, RealInverseTest, ::testing::ValuesIn(inverseKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealInverseBinOneTest, ::testing::ValuesIn(complexBinOneKernels()),
+INSTANTIATE_TEST_SUITE_P(Built, RealInverseBinOneTest,
+                         ::testing::ValuesIn(kernelsWhere(inverseKernels(), [](const RealKernel& k) { return k.size >= 3; })),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealInverseSizeTest, ::testing::ValuesIn(ccsInverseKernels()),
+INSTANTIATE_TEST_SUITE_P(Built, RealInverseSizeTest,
+                         ::testing::ValuesIn(kernelsWhere(inverseKernels(),
+                                                          [](const RealKernel& k) { return k.layout == Layout::CCS; })),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(WrittenOut, RealInverseFormulaTest, ::testing::ValuesIn(writtenOutInverse()),
+INSTANTIATE_TEST_SUITE_P(WrittenOut, RealInverseFormulaTest, ::testing::ValuesIn(kernelsWhere(inverseKernels(), writtenOut)),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "core/interpret.h"
+#include "digest_inputs.h"
 #include "families/dft_complex.h"
 #include "families/dft_real.h"
 #include "families/hartley.h"
@@ -62,30 +63,12 @@ Bytes run(const Graph& g, const Bytes& src, size_t outBytes, double scale)
 
 // ---- The digests ---------------------------------------------------------
 
-// The digest program's inputs (tests/kernel_digest.cpp): xorshift32 from a
-// seed, each number an integer over 2^31 in the element type. A longer run
-// starts with the numbers of a shorter one.
+// The digest program's inputs, as bytes.
 Bytes digestInput(size_t bytesPerNumber, size_t count, unsigned seed)
 {
     Bytes out(count * bytesPerNumber);
-    uint32_t state = 2463534242u + seed;
-    for (size_t i = 0; i < count; ++i) {
-        state ^= state << 13;
-        state ^= state >> 17;
-        state ^= state << 5;
-        const double v = static_cast<int32_t>(state) / 2147483648.0;
-        const float f = static_cast<float>(v);
-        std::memcpy(out.data() + i * bytesPerNumber, bytesPerNumber == 8 ? static_cast<const void*>(&v) : &f,
-                    bytesPerNumber);
-    }
+    tvktest::fixedInput(bytesPerNumber == 8, count, out.data(), seed);
     return out;
-}
-
-uint64_t fnv1a(const Bytes& data, uint64_t hash)
-{
-    for (std::byte b : data)
-        hash = (hash ^ static_cast<unsigned char>(b)) * 0x100000001b3ULL;
-    return hash;
 }
 
 // "kernel path" -> hash, as committed.
@@ -166,10 +149,12 @@ TEST_P(Digests, AreThoseOfTheCompiledKernels)
             for (const FramedKernel& k : file.kernels) {
                 ASSERT_EQ(numberBytes(k), bytes) << k.exportedName;
                 const size_t outBytes = family.outputs(k, size) * bytes;
-                uint64_t hash = 0xcbf29ce484222325ULL;
+                uint64_t hash = tvktest::kFnvBasis;
                 for (const Bytes& src : inputs)
-                    for (int flag : {1, 2, 4, 8})
-                        hash = fnv1a(run(bodyOf(file, k), src, outBytes, frameScale(k, flag)), hash);
+                    for (int flag : {1, 2, 4, 8}) {
+                        const Bytes out = run(bodyOf(file, k), src, outBytes, frameScale(k, flag));
+                        hash = tvktest::fnv1a(out.data(), out.size(), hash);
+                    }
                 char hex[17];
                 std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
                 for (const char* path : {" aligned", " unaligned", " inplace"}) {

@@ -1,0 +1,42 @@
+// The inputs and the hash of the kernel digests, shared by the digest
+// program (which runs the compiled kernels) and the interpreter's test
+// (which runs the generator's graphs), so both hash the same bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace tvktest {
+
+constexpr uint64_t kFnvBasis = 0xcbf29ce484222325ULL;
+
+inline uint64_t fnv1a(const void* data, size_t size, uint64_t hash)
+{
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    for (size_t i = 0; i < size; ++i)
+        hash = (hash ^ bytes[i]) * 0x100000001b3ULL;
+    return hash;
+}
+
+// `count` numbers from integer arithmetic alone (xorshift32 from the seed,
+// each an integer over 2^31), so that every build sees the same bits; a
+// longer run starts with the numbers of a shorter one.
+inline void fixedInput(bool is64, size_t count, void* out, unsigned seed)
+{
+    auto* bytes = static_cast<unsigned char*>(out);
+    uint32_t state = 2463534242u + seed;
+    for (size_t i = 0; i < count; ++i) {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        const double v = static_cast<int32_t>(state) / 2147483648.0;
+        const float f = static_cast<float>(v);
+        if (is64)
+            std::memcpy(bytes + 8 * i, &v, 8);
+        else
+            std::memcpy(bytes + 4 * i, &f, 4);
+    }
+}
+
+} // namespace tvktest
