@@ -37,8 +37,7 @@ struct FramedKernelFile {
     std::vector<FramedKernel> kernels;
 };
 
-// A size dispatcher: `entries[i]` is the kernel of size firstSize + i, or
-// empty where none is built.
+// A size dispatcher: `entries[i]` is the kernel of size firstSize + i.
 struct SizeDispatcher {
     std::string name;
     std::string srcElement;

@@ -71,7 +71,7 @@ std::string printDispatchers(const std::vector<SizeDispatcher>& dispatchers, con
             << "* dst, int len, int flag)\n{\n"
             << "    static constexpr tvkgen::KernelFn<" << d.srcElement << ", " << d.dstElement << "> kBySize[] = {\n";
         for (const std::string& entry : d.entries)
-            out << "        " << (entry.empty() ? "nullptr" : entry) << ",\n";
+            out << "        " << entry << ",\n";
         out << "    };\n    return tvkgen::dispatchBySize(kBySize, src, dst, len, flag);\n}\n";
     }
     return out.str();
