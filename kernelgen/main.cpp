@@ -1,14 +1,17 @@
 // kernelgen: prints the straight-line kernels of the library.
 //
-//   kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>
-//   kernelgen <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size> <out.cpp>
-//   kernelgen <family>-dispatch <out.cpp>, <family>-counts <out.h>
-//   kernelgen dct4-pieces [avx2] <out.h>, dct4-direct <out.cpp>
+//   kernelgen [--target=<sse2|avx2|portable>] <command> <arguments> <out>
+//     dft-complex <32fc|64fc> <size>
+//     <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size>
+//     <family>-dispatch, <family>-counts
+//     dct4-pieces, dct4-direct
 //
-// The driver asks a family table for the kernels of a command and hands
-// them to a file writer. Output is deterministic; a file whose content
+// The driver asks a family table for the kernels of a command, runs every
+// graph through the passes of the target (sse2 when none is named) and hands
+// the result to a file writer. Output is deterministic; a file whose content
 // would not change is left untouched so that the build does not recompile
 // it.
+#include <array>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -22,8 +25,11 @@
 #include "families/dft_complex.h"
 #include "families/dft_real.h"
 #include "families/hartley.h"
+#include "passes/lower.h"
 
 namespace {
+
+using namespace kernelgen;
 
 void writeIfChanged(const std::string& path, const std::string& text)
 {
@@ -40,54 +46,95 @@ void writeIfChanged(const std::string& path, const std::string& text)
         throw std::runtime_error("cannot write " + path);
 }
 
-// Families printed one file per size and element type.
+// Families printed one file per size and element type: `types[0]` is the
+// binary32 element, `types[1]` the binary64 one.
 struct SizedFamily {
     const char* command;
-    std::function<kernelgen::FramedKernelFile(kernelgen::RealType, int)> sizeFile;
+    std::array<const char*, 2> types;
+    std::function<FramedKernelFile(bool single, int size)> sizeFile;
 };
 
 // Files printed whole: dispatchers, counts headers, pieces.
 struct WholeFile {
     const char* command;
-    std::function<std::string(const std::string& command)> print;
+    std::function<std::string(const Target& target, const std::string& invocation)> print;
 };
 
-const std::vector<SizedFamily>& realFamilies()
+RealType realType(bool single) { return single ? RealType::R32 : RealType::R64; }
+
+const std::vector<SizedFamily>& sizedFamilies()
 {
-    using namespace kernelgen;
     static const std::vector<SizedFamily> families = {
-        {"dft-real-forward", realForwardSizeFile},
-        {"dft-real-inverse", realInverseSizeFile},
-        {"hartley", hartleySizeFile},
+        {"dft-complex", {"32fc", "64fc"},
+         [](bool single, int n) { return complexSizeFile(single ? ComplexType::C32 : ComplexType::C64, n); }},
+        {"dft-real-forward", {"32f", "64f"}, [](bool single, int n) { return realForwardSizeFile(realType(single), n); }},
+        {"dft-real-inverse", {"32f", "64f"}, [](bool single, int n) { return realInverseSizeFile(realType(single), n); }},
+        {"hartley", {"32f", "64f"}, [](bool single, int n) { return hartleySizeFile(realType(single), n); }},
     };
     return families;
 }
 
+FramedKernelFile lowered(FramedKernelFile file, const Target& target)
+{
+    for (FramedKernel& k : file.kernels)
+        k.graph = lower(k.graph, target);
+    return file;
+}
+
+// The pieces whose vectors the target has, lowered for it.
+PieceFile lowered(PieceFile file, const Target& target)
+{
+    std::vector<PieceFunction> kept;
+    for (PieceFunction& f : file.functions) {
+        bool runs = true;
+        for (const Node& n : f.graph.nodes())
+            runs = runs && target.has(n.kind);
+        if (runs) {
+            f.graph = lower(f.graph, target);
+            kept.push_back(std::move(f));
+        }
+    }
+    file.functions = std::move(kept);
+    return file;
+}
+
 const std::vector<WholeFile>& wholeFiles()
 {
-    using namespace kernelgen;
+    using Print = std::function<std::string(const Target&, const std::string&)>;
+    const auto dispatchers = [](std::vector<SizeDispatcher> (*table)()) -> Print {
+        return [table](const Target&, const std::string& c) { return printDispatchers(table(), c); };
+    };
+    const auto counts = [](CountsTable (*table)()) -> Print {
+        return [table](const Target&, const std::string& c) { return printCountsHeader(table(), c); };
+    };
+    const auto pieces = [](PieceFile (*table)()) -> Print {
+        return [table](const Target& t, const std::string& c) { return printPieceFile(lowered(table(), t), c); };
+    };
     static const std::vector<WholeFile> files = {
-        {"dft-complex-dispatch", [](const std::string& c) { return printDispatchers(complexDispatchers(), c); }},
-        {"dft-complex-counts", [](const std::string& c) { return printCountsHeader(complexCounts(), c); }},
-        {"dft-real-forward-dispatch", [](const std::string& c) { return printDispatchers(realForwardDispatchers(), c); }},
-        {"dft-real-forward-counts", [](const std::string& c) { return printCountsHeader(realForwardCounts(), c); }},
-        {"dft-real-inverse-dispatch", [](const std::string& c) { return printDispatchers(realInverseDispatchers(), c); }},
-        {"dft-real-inverse-counts", [](const std::string& c) { return printCountsHeader(realInverseCounts(), c); }},
-        {"hartley-dispatch", [](const std::string& c) { return printDispatchers(hartleyDispatchers(), c); }},
-        {"hartley-counts", [](const std::string& c) { return printCountsHeader(hartleyCounts(), c); }},
-        {"dct4-direct", [](const std::string& c) { return printPieceFile(dct4Direct(), c); }},
+        {"dft-complex-dispatch", dispatchers(complexDispatchers)},
+        {"dft-complex-counts", counts(complexCounts)},
+        {"dft-real-forward-dispatch", dispatchers(realForwardDispatchers)},
+        {"dft-real-forward-counts", counts(realForwardCounts)},
+        {"dft-real-inverse-dispatch", dispatchers(realInverseDispatchers)},
+        {"dft-real-inverse-counts", counts(realInverseCounts)},
+        {"hartley-dispatch", dispatchers(hartleyDispatchers)},
+        {"hartley-counts", counts(hartleyCounts)},
+        {"dct4-pieces", pieces(dct4Pieces)},
+        {"dct4-direct", pieces(dct4Direct)},
     };
     return files;
 }
 
 int usage()
 {
-    std::cerr << "usage: kernelgen dft-complex <32fc|64fc> <size> [avx2] <out.cpp>\n";
-    std::cerr << "       kernelgen dct4-pieces [avx2] <out.h>\n";
-    for (const SizedFamily& f : realFamilies())
-        std::cerr << "       kernelgen " << f.command << " <32f|64f> <size> <out.cpp>\n";
+    std::string targets;
+    for (const std::string& name : targetNames())
+        targets += (targets.empty() ? "" : "|") + name;
+    std::cerr << "usage: kernelgen [--target=<" << targets << ">] <command> <arguments> <out>\n";
+    for (const SizedFamily& f : sizedFamilies())
+        std::cerr << "       " << f.command << " <" << f.types[0] << "|" << f.types[1] << "> <size>\n";
     for (const WholeFile& f : wholeFiles())
-        std::cerr << "       kernelgen " << f.command << " <out>\n";
+        std::cerr << "       " << f.command << "\n";
     return 2;
 }
 
@@ -95,41 +142,36 @@ int usage()
 
 int main(int argc, char** argv)
 {
-    using namespace kernelgen;
     try {
-        const std::string command = argc > 1 ? argv[1] : "";
-        if (command == "dft-complex" && (argc == 5 || (argc == 6 && std::string(argv[4]) == "avx2"))) {
-            const std::string type = argv[2];
-            if (type != "32fc" && type != "64fc")
-                return usage();
-            const bool avx2 = argc == 6;
-            const FramedKernelFile file =
-                complexSizeFile(type == "32fc" ? ComplexType::C32 : ComplexType::C64, std::stoi(argv[3]), avx2);
-            writeIfChanged(argv[argc - 1],
-                           printFramedKernelFile(file, command + " " + type + " " + argv[3] + (avx2 ? " avx2" : "")));
-            return 0;
+        std::vector<std::string> args(argv + 1, argv + argc);
+        std::string invocation;
+        Target target = targetNamed("sse2");
+        const std::string targetFlag = "--target=";
+        if (!args.empty() && args[0].rfind(targetFlag, 0) == 0) {
+            target = targetNamed(args[0].substr(targetFlag.size()));
+            invocation = args[0] + " ";
+            args.erase(args.begin());
         }
-        if (command == "dct4-pieces" && (argc == 3 || (argc == 4 && std::string(argv[2]) == "avx2"))) {
-            const bool avx2 = argc == 4;
-            writeIfChanged(argv[argc - 1], printPieceFile(dct4Pieces(avx2), command + (avx2 ? " avx2" : "")));
-            return 0;
-        }
-        for (const SizedFamily& f : realFamilies()) {
-            if (command != f.command || argc != 5)
+        if (args.size() < 2)
+            return usage();
+        const std::string& command = args[0];
+        const std::string& out = args.back();
+        for (size_t i = 0; i + 1 < args.size(); ++i)
+            invocation += (i ? " " : "") + args[i];
+        for (const SizedFamily& f : sizedFamilies()) {
+            if (command != f.command || args.size() != 4)
                 continue;
-            const std::string type = argv[2];
-            if (type != "32f" && type != "64f")
+            if (args[1] != f.types[0] && args[1] != f.types[1])
                 return usage();
-            const FramedKernelFile file = f.sizeFile(type == "32f" ? RealType::R32 : RealType::R64, std::stoi(argv[3]));
-            writeIfChanged(argv[4], printFramedKernelFile(file, command + " " + type + " " + argv[3]));
+            const FramedKernelFile file = f.sizeFile(args[1] == f.types[0], std::stoi(args[2]));
+            writeIfChanged(out, printFramedKernelFile(lowered(file, target), invocation));
             return 0;
         }
-        for (const WholeFile& f : wholeFiles()) {
-            if (command == f.command && argc == 3) {
-                writeIfChanged(argv[2], f.print(command));
+        for (const WholeFile& f : wholeFiles())
+            if (command == f.command && args.size() == 2) {
+                writeIfChanged(out, f.print(target, invocation));
                 return 0;
             }
-        }
         return usage();
     } catch (const std::exception& e) {
         std::cerr << "kernelgen: " << e.what() << "\n";

@@ -13,7 +13,6 @@
 #include "arith/lane_arith.h"
 #include "arith/signs.h"
 #include "arith/split_arith.h"
-#include "core/pairing.h"
 #include "core/statements.h"
 #include "core/transpose.h"
 #include "families/dft_complex.h"
@@ -21,6 +20,7 @@
 #include "families/hartley.h"
 #include "methods/codelets.h"
 #include "methods/joins.h"
+#include "passes/pairing.h"
 
 using namespace kernelgen;
 

@@ -14,6 +14,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "core/interpret.h"
@@ -21,6 +22,7 @@
 #include "families/dft_complex.h"
 #include "families/dft_real.h"
 #include "families/hartley.h"
+#include "passes/lower.h"
 #include "scale.h"
 
 using namespace kernelgen;
@@ -101,7 +103,7 @@ struct Family {
 std::vector<int> complexSizesOf(bool single) { return complexSizes(single ? ComplexType::C32 : ComplexType::C64); }
 FramedKernelFile complexFile(bool single, int size)
 {
-    return complexSizeFile(single ? ComplexType::C32 : ComplexType::C64, size, false);
+    return complexSizeFile(single ? ComplexType::C32 : ComplexType::C64, size);
 }
 std::vector<int> realSizesOf(bool) { return realSizes(); }
 
@@ -199,22 +201,19 @@ void PrintTo(ComplexType type, std::ostream* out) { *out << (type == ComplexType
 
 namespace {
 
-class PairingPass : public testing::TestWithParam<ComplexType> {};
+class Passes : public testing::TestWithParam<std::tuple<std::string, ComplexType>> {};
 
-// The avx2 level's files pair stage sections into 256-bit operations: each
-// kernel, paired or not, gives the bytes of its unpaired graph on random
-// inputs under each scale factor.
-TEST_P(PairingPass, KeepsEveryBitOfEveryKernel)
+// Every target's passes (the pairing into 256-bit operations where it has
+// them, the scheduling) keep the bytes of each complex kernel's graph on
+// random inputs under each scale factor.
+TEST_P(Passes, KeepEveryBitOfEveryKernel)
 {
+    const Target target = targetNamed(std::get<0>(GetParam()));
     std::mt19937 random(23);
     int paired = 0;
-    for (int size : complexSizes(GetParam())) {
-        const FramedKernelFile plain = complexSizeFile(GetParam(), size, false);
-        const FramedKernelFile wide = complexSizeFile(GetParam(), size, true);
-        ASSERT_EQ(plain.kernels.size(), wide.kernels.size());
-        for (size_t i = 0; i < plain.kernels.size(); ++i) {
-            const FramedKernel& k = plain.kernels[i];
-            const Graph& after = wide.kernels[i].graph;
+    for (int size : complexSizes(std::get<1>(GetParam()))) {
+        for (const FramedKernel& k : complexSizeFile(std::get<1>(GetParam()), size).kernels) {
+            const Graph after = lower(k.graph, target);
             bool changed = false;
             for (const Node& n : after.nodes())
                 changed = changed || isWide(n.kind);
@@ -228,12 +227,15 @@ TEST_P(PairingPass, KeepsEveryBitOfEveryKernel)
             }
         }
     }
-    EXPECT_GT(paired, 0) << "no kernel paired: nothing was checked";
+    EXPECT_EQ(paired > 0, target.pairsSections()) << "pairing ran where it should not, or not where it should";
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, PairingPass, testing::Values(ComplexType::C32, ComplexType::C64),
-                         [](const testing::TestParamInfo<ComplexType>& info) {
-                             return testing::PrintToString(info.param);
+INSTANTIATE_TEST_SUITE_P(Targets, Passes,
+                         testing::Combine(testing::ValuesIn(targetNames()),
+                                          testing::Values(ComplexType::C32, ComplexType::C64)),
+                         [](const testing::TestParamInfo<std::tuple<std::string, ComplexType>>& info) {
+                             return std::get<0>(info.param) +
+                                    (std::get<1>(info.param) == ComplexType::C32 ? "_32fc" : "_64fc");
                          });
 
 } // namespace

@@ -2,7 +2,7 @@
 // vector, binary32 or binary64) and the operations between them, in the
 // order in which a method builder created them. Each operation rounds once,
 // in its own type, from its operands alone, so any order that keeps operands
-// first gives the same bits: the printer chooses its own (schedule.h).
+// first gives the same bits: the scheduling pass chooses the printed one.
 #pragma once
 
 #include <functional>
@@ -148,6 +148,10 @@ public:
     bool isZero(Value v) const;
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<ConstantDef>& constants() const { return constants_; }
+    // The order in which the printer emits the live nodes, chosen by the
+    // scheduling pass for a target; empty before.
+    void setPrintOrder(std::vector<int> order) { printOrder_ = std::move(order); }
+    const std::vector<int>& printOrder() const { return printOrder_; }
 
     // The same graph with every store moved to cellOf(offset), and dropped
     // where that is -1: one computation, stored in another layout.
@@ -172,6 +176,7 @@ private:
     std::vector<ConstantDef> constants_;
     std::vector<std::string> sections_;
     std::vector<int> openSections_; // the section of each open level
+    std::vector<int> printOrder_;
 };
 
 // a*sign(a) + b*sign(b) as one addition or subtraction and a pending sign:

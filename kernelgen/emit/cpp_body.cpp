@@ -5,8 +5,6 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "emit/schedule.h"
-
 namespace kernelgen {
 
 const char* cppType(Kind kind)
@@ -103,7 +101,9 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
     const auto at = [](const std::string& array, int offset) { return array + " + " + std::to_string(offset); };
     const auto element = [](const std::string& array, int offset) { return array + "[" + std::to_string(offset) + "]"; };
     int section = -1;
-    for (const int i : emissionOrder(g)) {
+    if (g.printOrder().empty())
+        throw std::logic_error("a graph reaches the printer before the scheduling pass");
+    for (const int i : g.printOrder()) {
         const Node& n = g.nodes()[i];
         // Loads and constants serve any stage; a stage's comment heads the
         // first of its own operations after those of another.

@@ -1,6 +1,6 @@
-// The C++ text of one graph: its statements over the vector layer in
-// emission order, its constants as correctly rounded literals, and the
-// comment that counts its operations.
+// The C++ text of one graph: its statements over the vector layer in the
+// order the scheduling pass chose, its constants as correctly rounded
+// literals, and the comment that counts its operations.
 #pragma once
 
 #include <string>
@@ -25,7 +25,7 @@ struct ArrayAccess {
     bool arraysOfValues;
 };
 
-// One statement per live node, in emission order.
+// One statement per live node, in the graph's print order.
 std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std::string& indent);
 
 // The live constants of the graphs, each name once: at namespace scope

@@ -7,16 +7,13 @@
 
 namespace kernelgen {
 
-PieceFile dct4Pieces(bool avx2)
+PieceFile dct4Pieces()
 {
     PieceFile file{true, {"<type_traits>", "\"simd/vec.h\""}, "tvkgen::dct4::pieces", {}, {}};
     const auto piece = [&](const std::string& comment, const char* name, int size, Graph g) {
         file.functions.push_back({comment, name, std::to_string(size), "in", "out", std::move(g)});
     };
-    std::vector<Kind> kinds = {Kind::V4F32, Kind::V2F64};
-    if (avx2)
-        kinds.push_back(Kind::V4F64);
-    for (Kind kind : kinds) {
+    for (Kind kind : {Kind::V4F32, Kind::V2F64, Kind::V4F64}) {
         for (int m = 2; m <= 64; m *= 2)
             piece("Half-bin DFT of length " + std::to_string(m) + ".", "halfBinDft", m, halfBinPiece(kind, m));
         for (int s = 2; s <= 32; s *= 2)

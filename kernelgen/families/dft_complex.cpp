@@ -1,7 +1,5 @@
 #include "families/dft_complex.h"
 
-#include "core/pairing.h"
-
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -493,17 +491,13 @@ std::vector<int> complexSizes(ComplexType type)
     return sizes;
 }
 
-FramedKernelFile complexSizeFile(ComplexType type, int size, bool pairWide)
+FramedKernelFile complexSizeFile(ComplexType type, int size)
 {
     FramedKernelFile file;
     file.space = std::string("dft_") + typeSuffix(type) + "_" + std::to_string(size);
     file.element = std::string("Tvk") + typeSuffix(type);
-    for (Direction d : {Direction::Forward, Direction::Inverse}) {
-        FramedKernel k = complexKernel(type, size, d);
-        if (pairWide)
-            k.graph = pairSections(k.graph);
-        file.kernels.push_back(std::move(k));
-    }
+    for (Direction d : {Direction::Forward, Direction::Inverse})
+        file.kernels.push_back(complexKernel(type, size, d));
     return file;
 }
 

@@ -14,9 +14,7 @@ enum class ComplexType { C32, C64 };
 std::vector<int> complexSizes(ComplexType type);
 
 // The forward and inverse kernels of one size and type.
-// `pairWide`: the avx2 level, whose kernels pair their stages into 256-bit
-// operations (64fc and 32fc alike).
-FramedKernelFile complexSizeFile(ComplexType type, int size, bool pairWide);
+FramedKernelFile complexSizeFile(ComplexType type, int size);
 
 // The four size dispatchers.
 std::vector<SizeDispatcher> complexDispatchers();

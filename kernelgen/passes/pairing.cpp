@@ -1,4 +1,4 @@
-#include "core/pairing.h"
+#include "passes/pairing.h"
 
 #include <map>
 #include <set>

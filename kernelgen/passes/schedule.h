@@ -12,6 +12,6 @@ namespace kernelgen {
 
 // The live nodes of `g` in emission order: every node after its operands,
 // and every load before the first store, so that `src == dst` stays correct.
-std::vector<int> emissionOrder(const Graph& g);
+std::vector<int> emissionOrder(const Graph& g, int registers);
 
 } // namespace kernelgen

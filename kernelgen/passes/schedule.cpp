@@ -1,4 +1,4 @@
-#include "emit/schedule.h"
+#include "passes/schedule.h"
 
 #include <algorithm>
 #include <tuple>
@@ -6,9 +6,6 @@
 namespace kernelgen {
 
 namespace {
-
-// The xmm registers of x86-64.
-constexpr int kRegisters = 16;
 
 // Constants and the scale are read from memory where they are used, so they
 // hold no register of their own.
@@ -138,13 +135,13 @@ std::vector<int> pressureOrder(const Graph& g, const std::vector<bool>& live)
 
 } // namespace
 
-std::vector<int> emissionOrder(const Graph& g)
+std::vector<int> emissionOrder(const Graph& g, int registers)
 {
     const std::vector<bool> live = g.liveNodes();
     std::vector<int> order = builderOrder(live);
     // When the builder's order fits the registers, the compiler allocates it
     // well, and reordering only adds register copies.
-    if (maxLive(g, order) <= kRegisters)
+    if (maxLive(g, order) <= registers)
         return order;
     return pressureOrder(g, live);
 }

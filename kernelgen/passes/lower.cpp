@@ -1,0 +1,15 @@
+#include "passes/lower.h"
+
+#include "passes/pairing.h"
+#include "passes/schedule.h"
+
+namespace kernelgen {
+
+Graph lower(const Graph& g, const Target& target)
+{
+    Graph out = target.pairsSections() ? pairSections(g) : g;
+    out.setPrintOrder(emissionOrder(out, target.registers));
+    return out;
+}
+
+} // namespace kernelgen

@@ -1,0 +1,14 @@
+// The passes a kernel graph goes through on its way to the printer, for one
+// target: pairing into 256-bit operations where the target has them, then
+// the emission order for its registers. Every pass keeps each element's
+// operations and roundings, so the printed kernel gives the graph's bits.
+#pragma once
+
+#include "core/graph.h"
+#include "passes/target.h"
+
+namespace kernelgen {
+
+Graph lower(const Graph& g, const Target& target);
+
+} // namespace kernelgen

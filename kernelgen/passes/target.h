@@ -1,0 +1,30 @@
+// The processor level a build prints its kernels for. The driver makes one
+// from the build's choice and hands it to the passes; the families and
+// methods build the same graphs for every level.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/graph.h"
+
+namespace kernelgen {
+
+struct Target {
+    std::string name;
+    // The vector kinds its registers hold; a graph of other kinds cannot run.
+    std::vector<Kind> vectorKinds;
+    // How many vector registers the scheduler may keep values in.
+    int registers;
+
+    bool has(Kind kind) const;
+    // 256-bit registers: two 128-bit sections of one shape can share them.
+    bool pairsSections() const { return has(Kind::V4F64) && has(Kind::V8F32); }
+};
+
+// sse2 (the default), avx2 and portable; any other name is an error.
+Target targetNamed(const std::string& name);
+// Every name targetNamed knows.
+std::vector<std::string> targetNames();
+
+} // namespace kernelgen
