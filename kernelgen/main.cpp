@@ -145,11 +145,14 @@ int main(int argc, char** argv)
     try {
         std::vector<std::string> args(argv + 1, argv + argc);
         std::string invocation;
-        Target target = targetNamed("sse2");
-        const std::string targetFlag = "--target=";
+        // The banner of a file names the command as typed, without the
+        // default target.
+        const std::string defaultTarget = "sse2", targetFlag = "--target=";
+        Target target = targetNamed(defaultTarget);
         if (!args.empty() && args[0].rfind(targetFlag, 0) == 0) {
             target = targetNamed(args[0].substr(targetFlag.size()));
-            invocation = args[0] + " ";
+            if (target.name != defaultTarget)
+                invocation = args[0] + " ";
             args.erase(args.begin());
         }
         if (args.size() < 2)
