@@ -69,11 +69,14 @@ long double dot(const std::vector<long double>& a, const std::vector<long double
     return s;
 }
 
+// Transforms the tests run in either arithmetic.
+using AnyTransform = TransformOf<ComplexArith>;
+
 // A scalar complex DFT graph of length n built by the method builders:
 // interleaved (re, im) in, interleaved out, times the scale. The arithmetic
 // of the DCT-IV pieces has rotations by any angle on scalars; the 32fc
 // one has the rounding policies.
-Graph scalarDft(int n, const Transform& transform, Kind kind, RoundingPolicy rounding, bool anyAngle)
+Graph scalarDft(int n, const AnyTransform& transform, Kind kind, RoundingPolicy rounding, bool anyAngle)
 {
     Graph g;
     SplitArith split(g, Direction::Forward, kind, rounding);
@@ -91,12 +94,12 @@ Graph scalarDft(int n, const Transform& transform, Kind kind, RoundingPolicy rou
     return g;
 }
 
-Graph scalarDft(int n, const Transform& transform, bool anyAngle)
+Graph scalarDft(int n, const AnyTransform& transform, bool anyAngle)
 {
     return scalarDft(n, transform, Kind::F64, RoundingPolicy::elementType(), anyAngle);
 }
 
-Transform folded5()
+AnyTransform folded5()
 {
     return [](ComplexArith& ar, const Signal& x) {
         return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::SumThenX0));
@@ -106,14 +109,14 @@ Transform folded5()
 struct DftCase {
     const char* name;
     int n;
-    Transform transform;
+    AnyTransform transform;
     bool anyAngle = false;
 };
 
 std::vector<DftCase> dftCases()
 {
-    const Transform d4 = [](ComplexArith& ar, const Signal& x) { return dft4(ar, x); };
-    const Transform d3 = [](ComplexArith& ar, const Signal& x) {
+    const AnyTransform d4 = [](ComplexArith& ar, const Signal& x) { return dft4(ar, x); };
+    const AnyTransform d3 = [](ComplexArith& ar, const Signal& x) {
         return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::FromX0));
     };
     return {

@@ -9,6 +9,9 @@
 //                 scalars (sizes 2 to 5, with the double rule) (split_arith.h)
 //   LaneArith     DCT-IV pieces: parts apart in values of any kind, with
 //                 the positive exponent throughout (lane_arith.h)
+//
+// The three arithmetics of the DFT kernels share DftArith below, which adds
+// what convolution forms need.
 //   ScalarArith   real families: parts apart in scalars, a missing part an
 //                 exact zero, and the binary32 statement rule (scalar_arith.h)
 //
@@ -75,19 +78,6 @@ public:
     virtual Cx timesW4(Cx a) = 0;
     // Product with W_n^e, by the cheapest form its angle allows.
     virtual Cx rotate(Cx a, int n, int e) = 0;
-    // Product with the complex constant re + i*im (a spectrum constant),
-    // stored under `name`; a zero part costs nothing. Only the arithmetics
-    // of the DFT kernels, which hold convolution forms, have it.
-    virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name);
-    // re*a + i*im*b with the constants stored under their names (a spectrum
-    // product in pair form); 64fc only.
-    virtual Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName);
-    // A value known to be zero, which sums and products fold away (the empty
-    // halves of a rotated pair); 64fc only.
-    virtual Cx zero();
-    // The same arithmetic on the same graph with the opposite direction
-    // (the inverse stage of a convolution form); DFT kernels only.
-    virtual std::unique_ptr<ComplexArith> reversed() const;
     // A sum of products with constants starts from values given to
     // enterSum and ends with leaveSum, which the rounding policy turns into
     // the type changes it asks for (none by default).
@@ -101,6 +91,22 @@ protected:
     Graph& graph_;
     Direction direction_;
     RoundingPolicy rounding_;
+};
+
+// The arithmetic of the DFT kernels (PairArith, SplitArith, ScalarArith),
+// whose transforms hold convolution forms: products with complex constants,
+// known zeros, and the same arithmetic in the opposite direction.
+class DftArith : public ComplexArith {
+public:
+    using ComplexArith::ComplexArith;
+    // Product with the complex constant re + i*im (a spectrum constant),
+    // stored under `name`; a zero part costs nothing.
+    virtual Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) = 0;
+    // A value known to be zero, which sums and products fold away.
+    virtual Cx zero() = 0;
+    // The same arithmetic on the same graph with the opposite direction
+    // (the inverse stage of a convolution form).
+    virtual std::unique_ptr<DftArith> reversed() const = 0;
 };
 
 } // namespace kernelgen

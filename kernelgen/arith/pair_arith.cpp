@@ -95,34 +95,25 @@ Cx PairArith::rotate(Cx a, int n, int e)
 
 Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
 {
-    return mulPair(a, re, name + "Re", a, im, name + "Im");
-}
-
-Cx PairArith::mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName)
-{
-    if (isZero(a))
-        re = 0;
-    if (isZero(b))
-        im = 0;
-    if (re == 0 && im == 0)
+    if (isZero(a) || (re == 0 && im == 0))
         return zero();
     Cx p;
     if (re != 0) {
         const Exact m = magnitude(re);
-        p = Cx{graph_.mul(a.re, graph_.constant(reName, Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
+        p = Cx{graph_.mul(a.re, graph_.constant(name + "Re", Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
         if (re < 0)
             p = neg(p);
     }
     if (im == 0)
         return p;
-    // swap(b) * (-im, im) = i*im*b
+    // swap(a) * (-im, im) = i*im*a
     const Graph::Value pattern =
-        graph_.constant(imName + (im > 0 ? "NegPos" : "PosNeg"), Kind::V2F64, {-im, im});
-    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(b)), pattern)};
+        graph_.constant(name + "Im" + (im > 0 ? "NegPos" : "PosNeg"), Kind::V2F64, {-im, im});
+    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern)};
     return re != 0 ? add(p, q) : q;
 }
 
-std::unique_ptr<ComplexArith> PairArith::reversed() const
+std::unique_ptr<DftArith> PairArith::reversed() const
 {
     return std::make_unique<PairArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
                                                                                 : Direction::Forward);

@@ -6,9 +6,9 @@
 
 namespace kernelgen {
 
-class PairArith : public ComplexArith {
+class PairArith : public DftArith {
 public:
-    using ComplexArith::ComplexArith;
+    using DftArith::DftArith;
     Cx load(int element);
     void storeScaled(Cx x, int element, Graph::Value scale);
     Cx add(Cx a, Cx b) override;
@@ -16,10 +16,9 @@ public:
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
-    Cx mulPair(Cx a, Exact re, const std::string& reName, Cx b, Exact im, const std::string& imName) override;
     Cx zero() override;
     bool isZero(Cx a) const { return graph_.isZero(a.re); }
-    std::unique_ptr<ComplexArith> reversed() const override;
+    std::unique_ptr<DftArith> reversed() const override;
 
 private:
     Graph::Value materialize(Cx a);

@@ -14,7 +14,7 @@ ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, Roundi
 
 ScalarArith::ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding,
                          std::shared_ptr<Statements> statements)
-    : ComplexArith(graph, direction, rounding), element_(element), s_(std::move(statements))
+    : DftArith(graph, direction, rounding), element_(element), s_(std::move(statements))
 {
     if (isVector(element))
         throw std::logic_error("scalar arithmetic on a vector kind");
@@ -25,10 +25,10 @@ std::unique_ptr<ScalarArith> ScalarArith::onGraph(Graph& graph) const
     return std::make_unique<ScalarArith>(graph, direction_, element_, rounding_);
 }
 
-std::unique_ptr<ComplexArith> ScalarArith::reversed() const
+std::unique_ptr<DftArith> ScalarArith::reversed() const
 {
     const Direction other = direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward;
-    return std::unique_ptr<ComplexArith>(new ScalarArith(graph_, other, element_, rounding_, s_));
+    return std::unique_ptr<DftArith>(new ScalarArith(graph_, other, element_, rounding_, s_));
 }
 
 Cx ScalarArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)

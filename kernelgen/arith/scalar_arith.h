@@ -23,7 +23,7 @@
 
 namespace kernelgen {
 
-class ScalarArith : public ComplexArith {
+class ScalarArith : public DftArith {
 public:
     ScalarArith(Graph& graph, Direction direction, Kind element, RoundingPolicy rounding);
 
@@ -41,7 +41,7 @@ public:
     // missing or zero part costs nothing.
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
     // The opposite direction on the same graph, sharing the statements.
-    std::unique_ptr<ComplexArith> reversed() const override;
+    std::unique_ptr<DftArith> reversed() const override;
     Cx enterSum(Cx a) override;
     Cx leaveSum(Cx a) override;
 

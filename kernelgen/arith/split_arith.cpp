@@ -116,11 +116,18 @@ Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
     return Cx{graph_.sub(graph_.mul(a.re, c), graph_.mul(a.im, s)), graph_.add(graph_.mul(a.re, s), graph_.mul(a.im, c))};
 }
 
-std::unique_ptr<ComplexArith> SplitArith::reversed() const
+Cx SplitArith::zero()
 {
-    return std::make_unique<SplitArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
-                                                                                 : Direction::Forward,
-                                        kind_, rounding_);
+    const Graph::Value z = graph_.constant("kZero", kind_, std::vector<Exact>(laneCount(kind_), 0));
+    return Cx{z, z};
 }
+
+SplitArith SplitArith::opposite() const
+{
+    return SplitArith(graph_, direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward, kind_,
+                      rounding_);
+}
+
+std::unique_ptr<DftArith> SplitArith::reversed() const { return std::make_unique<SplitArith>(opposite()); }
 
 } // namespace kernelgen

@@ -8,12 +8,12 @@
 
 namespace kernelgen {
 
-class SplitArith : public ComplexArith {
+class SplitArith : public DftArith {
 public:
     // kind: V4F32 (lanes) or F32 (scalar).
     SplitArith(Graph& graph, Direction direction, Kind kind,
                RoundingPolicy rounding = RoundingPolicy::elementType())
-        : ComplexArith(graph, direction, rounding), kind_(kind)
+        : DftArith(graph, direction, rounding), kind_(kind)
     {
     }
     Cx add(Cx a, Cx b) override;
@@ -21,7 +21,10 @@ public:
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
-    std::unique_ptr<ComplexArith> reversed() const override;
+    Cx zero() override;
+    std::unique_ptr<DftArith> reversed() const override;
+    // The reversed arithmetic itself, for the builders of the lane split.
+    SplitArith opposite() const;
 
     // Full complex product with a different twiddle W_n^e in each lane:
     // re = a*yr - b*yi, im = b*yr + a*yi, every product rounded first.

@@ -75,7 +75,7 @@ Road joinRoad(JoinKind kind, int n1, const StageRoad& first, int n2, const Stage
         method = joinMethod(map, first.rest.method, second.rest.method);
     } else {
         const Stage a = first.stage(), b = second.stage();
-        method = plainMethod([=](ComplexArith& ar, const Signal& x) { return join(ar, x, map, a, b); });
+        method = plainMethod([=](DftArith& ar, const Signal& x) { return join(ar, x, map, a, b); });
     }
     const std::string words = first.part(n1) + " then " + second.part(n2) + ", " + nameOf(kind) + " join";
     return {method, [words](int) { return words; }};
@@ -95,7 +95,7 @@ Road twiddled(int n1, const StageRoad& first, int n2, const StageRoad& second)
 
 Method foldedMethod(DcOrder order)
 {
-    return codeletMethod([order](ComplexArith& ar, const PairedInput& x) { return foldedOddPairs(ar, x, order); },
+    return codeletMethod([order](DftArith& ar, const PairedInput& x) { return foldedOddPairs(ar, x, order); },
                          true);
 }
 
@@ -128,7 +128,7 @@ const Road road27 = twiddled(3, f, 9, road9);
 // kernel of size p-1.
 const Method& road64(int m);
 
-const Road c64 = {plainMethod([](ComplexArith& ar, const Signal& x) {
+const Road c64 = {plainMethod([](DftArith& ar, const Signal& x) {
                       return pairedConvolution(ar, x, road64(static_cast<int>(x.size()) - 1));
                   }),
                   [](int p) { return "convolution over " + std::to_string(p - 1); }};
@@ -140,7 +140,7 @@ Road halvingsAround(int q, const Road& odd)
 {
     Method m = joinMethod(coprimeMap(4, q), d4.method, odd.method);
     const Method inner = odd.method;
-    m.plain = [inner](ComplexArith& ar, const Signal& x) { return halvingsAroundOdd(ar, x, inner); };
+    m.plain = [inner](DftArith& ar, const Signal& x) { return halvingsAroundOdd(ar, x, inner); };
     const std::string words = "2 2 around " + part(q, odd) + ": halving steps around the odd stage, Good-Thomas maps";
     return {m, [words](int) { return words; }};
 }
@@ -294,12 +294,12 @@ Transform laneJoinTransform(const LaneJoin& j)
 {
     const JoinMap map = j.map;
     const Stage a(j.first.method), b(j.second.method);
-    return [=](ComplexArith& ar, const Signal& x) { return join(ar, x, map, a, b); };
+    return [=](DftArith& ar, const Signal& x) { return join(ar, x, map, a, b); };
 }
 
 // The plain convolution form inside a lane join, nesting the 32fc split of
 // size p-1 on four lanes.
-const Road c32 = {plainMethod([](ComplexArith& ar, const Signal& x) {
+const Road c32 = {plainMethod([](DftArith& ar, const Signal& x) {
                       const int m = static_cast<int>(x.size()) - 1;
                       return convolution(ar, x, laneJoinTransform(roads32().at(m).lanes));
                   }),

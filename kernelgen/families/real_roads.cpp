@@ -23,13 +23,13 @@ struct RealRoad {
 
 Transform folded()
 {
-    return [](ComplexArith& ar, const Signal& x) {
+    return [](DftArith& ar, const Signal& x) {
         return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::SumThenX0));
     };
 }
 
-Transform plainDft2() { return [](ComplexArith& ar, const Signal& x) { return dft2(ar, x); }; }
-Transform plainDft4() { return [](ComplexArith& ar, const Signal& x) { return dft4(ar, x); }; }
+Transform plainDft2() { return [](DftArith& ar, const Signal& x) { return dft2(ar, x); }; }
+Transform plainDft4() { return [](DftArith& ar, const Signal& x) { return dft4(ar, x); }; }
 
 RealRoad butterflies(int n)
 {
@@ -47,7 +47,7 @@ RealRoad evenOddRoad(int N, const RealRoad& half)
     const RealTransform h = half.real;
     const std::string stage = N >= 32 ? "the four-step odd-bin stage" : "the twisted complex odd-bin stage";
     return {"even-odd recursion over the real size-" + std::to_string(N / 2) + ", " + stage,
-            [h, odd](ComplexArith& ar, const Signal& x) { return evenOdd(ar, x, h, odd); }, nullptr};
+            [h, odd](ScalarArith& ar, const Signal& x) { return evenOdd(ar, x, h, odd); }, nullptr};
 }
 
 std::string part(int n, const RealRoad& road, bool codelet)
@@ -67,8 +67,8 @@ RealRoad joinRoad(const JoinMap& map, const char* how, const RealRoad& first, bo
     const RealTransform f = first.real, sr = second.real;
     RealRoad road;
     road.words = part(map.n1, first, firstCodelet) + " then " + part(map.n2, second, secondCodelet) + ", " + how;
-    road.real = [=](ComplexArith& ar, const Signal& x) { return realJoin(ar, x, map, f, sr, complexOf(map.n2)); };
-    road.complex = [=](ComplexArith& ar, const Signal& x) {
+    road.real = [=](ScalarArith& ar, const Signal& x) { return realJoin(ar, x, map, f, sr, complexOf(map.n2)); };
+    road.complex = [=](DftArith& ar, const Signal& x) {
         return join(ar, x, map, Stage(complexOf(map.n1)), Stage(complexOf(map.n2)));
     };
     return road;
@@ -81,7 +81,7 @@ Transform complexOf(int n)
     const RealRoad& road = roads().at(n);
     if (road.complex)
         return road.complex;
-    return [n](ComplexArith& ar, const Signal& x) { return convolution(ar, x, complexOf(n - 1)); };
+    return [n](DftArith& ar, const Signal& x) { return convolution(ar, x, complexOf(n - 1)); };
 }
 
 // The real transform of size m on the way back of a convolution form: one
@@ -94,7 +94,7 @@ RealTransform wayBack(int m)
     const int first = m % 8 == 0 ? 8 : m % 4 == 0 ? 4 : 2;
     const JoinMap map = coprimeMap(first, m / first);
     const RealTransform f = roads().at(first).real, s = roads().at(m / first).real;
-    return [=](ComplexArith& ar, const Signal& x) { return realJoin(ar, x, map, f, s, complexOf(map.n2)); };
+    return [=](ScalarArith& ar, const Signal& x) { return realJoin(ar, x, map, f, s, complexOf(map.n2)); };
 }
 
 // A prime from 13: the convolution form on real data, nesting the real
@@ -103,7 +103,7 @@ RealTransform wayBack(int m)
 RealRoad convolutionRoad(int p)
 {
     return {"convolution form over " + std::to_string(p - 1),
-            [p](ComplexArith& ar, const Signal& x) {
+            [p](ScalarArith& ar, const Signal& x) {
                 return realConvolution(ar, x, roads().at(p - 1).real, wayBack(p - 1));
             },
             nullptr};
@@ -128,9 +128,9 @@ std::map<int, RealRoad> buildRoads(RoadSet set)
     const RealRoad eleven = set == RoadSet::Forward ? r[11] : convolutionRoad(11);
     const bool elevenCodelet = set == RoadSet::Forward;
     r[8] = evenOddRoad(8, r[4]);
-    r[8].complex = [](ComplexArith& ar, const Signal& x) { return road8(ar, x); };
+    r[8].complex = [](DftArith& ar, const Signal& x) { return road8(ar, x); };
     r[16] = evenOddRoad(16, r[8]);
-    r[16].complex = [](ComplexArith& ar, const Signal& x) {
+    r[16].complex = [](DftArith& ar, const Signal& x) {
         return join(ar, x, twiddledMap(4, 4), Stage(plainDft4()), Stage(plainDft4()));
     };
     r[32] = evenOddRoad(32, r[16]);
@@ -184,7 +184,7 @@ std::map<int, RealRoad> buildRoads(RoadSet set)
     if (set == RoadSet::Inverse) {
         const RealTransform four = r.at(4).real;
         r[8] = {"even-odd recursion over the real size-4, the complex odd-bin stage with its twist summed first",
-                [four](ComplexArith& ar, const Signal& x) {
+                [four](ScalarArith& ar, const Signal& x) {
                     return evenOdd(ar, x, four, summedTwistThen(plainDft2()));
                 },
                 nullptr};

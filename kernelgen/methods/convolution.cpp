@@ -62,7 +62,7 @@ Signal rootOrder(const Signal& x)
     return u;
 }
 
-Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner)
+Signal convolution(DftArith& ar, const Signal& x, const Transform& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;

@@ -22,6 +22,6 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
 std::string spectrumName(int p, int k);
 // u[q] = x[g^q mod p], q = 0..p-2: the inputs in the order of the powers of g.
 Signal rootOrder(const Signal& x);
-Signal convolution(ComplexArith& ar, const Signal& x, const Transform& inner);
+Signal convolution(DftArith& ar, const Signal& x, const Transform& inner);
 
 } // namespace kernelgen

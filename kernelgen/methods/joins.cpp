@@ -66,7 +66,9 @@ std::string rowLabel(int k1, int n2)
     return "second stage, row " + std::to_string(k1) + " (" + std::to_string(n2) + "-point)";
 }
 
-Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second)
+template <class Arith>
+Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,
+            const std::type_identity_t<StageOf<Arith>>& second)
 {
     const int n = map.n1 * map.n2;
     if (static_cast<int>(x.size()) != n)
@@ -97,7 +99,11 @@ Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& 
     return X;
 }
 
-Signal halvingsAroundOdd(ComplexArith& ar, const Signal& x, const Transform& odd)
+template Signal join<DftArith>(DftArith&, const Signal&, const JoinMap&, const Stage&, const Stage&);
+template Signal join<ComplexArith>(ComplexArith&, const Signal&, const JoinMap&, const StageOf<ComplexArith>&,
+                                   const StageOf<ComplexArith>&);
+
+Signal halvingsAroundOdd(DftArith& ar, const Signal& x, const Transform& odd)
 {
     const int q = static_cast<int>(x.size()) / 4;
     if (4 * q != static_cast<int>(x.size()) || q % 2 == 0)

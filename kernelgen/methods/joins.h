@@ -36,22 +36,24 @@ JoinMap interleavedPowerMap(int p, int q);
 // k1 in the second). A stage runs one transform on all its groups, or holds
 // two forms of a factor side by side: its first `leadingGroups` groups take
 // `leading`, the others `rest`.
-struct Stage {
+template <class Arith>
+struct StageOf {
     template <class F>
-        requires std::is_constructible_v<Transform, F>
-    Stage(F transform) : rest(std::move(transform))
+        requires std::is_constructible_v<TransformOf<Arith>, F>
+    StageOf(F transform) : rest(std::move(transform))
     {
     }
-    Stage(int leadingGroups, Transform leading, Transform rest)
+    StageOf(int leadingGroups, TransformOf<Arith> leading, TransformOf<Arith> rest)
         : leadingGroups(leadingGroups), leading(std::move(leading)), rest(std::move(rest))
     {
     }
-    const Transform& on(int group) const { return group < leadingGroups ? leading : rest; }
+    const TransformOf<Arith>& on(int group) const { return group < leadingGroups ? leading : rest; }
 
     int leadingGroups = 0;
-    Transform leading;
-    Transform rest;
+    TransformOf<Arith> leading;
+    TransformOf<Arith> rest;
 };
+using Stage = StageOf<DftArith>;
 
 // The section labels of a join's stages: "first stage, group 3 (5-point)",
 // "second stage, row 0 (12-point)".
@@ -59,7 +61,11 @@ std::string groupLabel(int i2, int n1);
 std::string rowLabel(int k1, int n2);
 
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
-Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& first, const Stage& second);
+// Any arithmetic runs it: the DFT kernels' (DftArith) and the DCT-IV
+// pieces' (ComplexArith, with codelet stages).
+template <class Arith>
+Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,
+            const std::type_identity_t<StageOf<Arith>>& second);
 
 // N = 4*q, q odd: the Good-Thomas maps of 4 then q (groups read with
 // wrap-around, outputs stored to their Chinese-remainder places), with the
@@ -68,6 +74,6 @@ Signal join(ComplexArith& ar, const Signal& x, const JoinMap& map, const Stage& 
 // halves of those sums, the last 2-point butterfly after it. The
 // odd-numbered outputs take the rest of the 4-point stage first
 // (x[n] - x[n + N/2] and the W4 butterfly), then the odd stage.
-Signal halvingsAroundOdd(ComplexArith& ar, const Signal& x, const Transform& odd);
+Signal halvingsAroundOdd(DftArith& ar, const Signal& x, const Transform& odd);
 
 } // namespace kernelgen

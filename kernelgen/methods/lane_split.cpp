@@ -166,9 +166,9 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
         }
     U[0][0] = ar.add(x0, U[0][0]);
 
-    const auto back = ar.reversed();
+    SplitArith back = ar.opposite();
     section.reset();
-    const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, U, prefix);
+    const std::vector<Signal> y = inverseSplit(back, map, first, second, U, prefix);
     section.emplace(g, "scale and stores");
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
@@ -226,9 +226,9 @@ void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& 
                                            std::to_string(k2));
         }
 
-    const auto back = ar.reversed();
+    SplitArith back = ar.opposite();
     section.reset();
-    const std::vector<Signal> y = inverseSplit(static_cast<SplitArith&>(*back), map, first, second, A, prefix);
+    const std::vector<Signal> y = inverseSplit(back, map, first, second, A, prefix);
     section.emplace(g, "chirp, scale and stores");
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     for (size_t set = 0; set < y.size(); ++set)

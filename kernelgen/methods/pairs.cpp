@@ -17,7 +17,7 @@ namespace {
 int mod(int a, int n) { return ((a % n) + n) % n; }
 
 // c * x for x = f * base: one product with the folded constant c*f.
-Cx mulFolded(ComplexArith& ar, Cx base, const Trig& c, const Trig& f)
+Cx mulFolded(DftArith& ar, Cx base, const Trig& c, const Trig& f)
 {
     const std::string name = trigMagnitudeName(c.sine, c.num, c.den) + "Times" +
                              trigMagnitudeName(f.sine, f.num, f.den).substr(1);
@@ -36,7 +36,7 @@ struct Diff {
 // (A, B) with z = A + B, z' = A - B: A = c a + W4 s b, B = c b + W4 s a for
 // W = c + W4 s. Rotating the two halves costs what rotating z and z' would,
 // and spares forming a + b and a - b; a factor of b goes into c and s.
-std::pair<Cx, Cx> rotatePair(ComplexArith& ar, Cx a, const Diff& b, int den, int e)
+std::pair<Cx, Cx> rotatePair(DftArith& ar, Cx a, const Diff& b, int den, int e)
 {
     const Rotation rotation = classifyRotation(den, e);
     const int r = rotation.r;
@@ -61,7 +61,7 @@ std::pair<Cx, Cx> rotatePair(ComplexArith& ar, Cx a, const Diff& b, int den, int
     return {ar.add(ar.mulReal(a, c), ar.timesW4(sb)), ar.add(cb, ar.timesW4(ar.mulReal(a, s)))};
 }
 
-std::pair<Cx, Cx> rotatePair(ComplexArith& ar, Cx a, Cx b, int den, int e)
+std::pair<Cx, Cx> rotatePair(DftArith& ar, Cx a, Cx b, int den, int e)
 {
     return rotatePair(ar, a, Diff{b, b}, den, e);
 }
@@ -167,7 +167,7 @@ struct JoinIndex {
 // is F(A) +- F(B), F the second stage. Where B is one factor times bases
 // and every output of F is its own partner, F runs on the bases and the
 // factor stays with the differences.
-void pairedRows(ComplexArith& ar, PairedOutput& X, const JoinMap& map, int k1, int shift, const Signal& A,
+void pairedRows(DftArith& ar, PairedOutput& X, const JoinMap& map, int k1, int shift, const Signal& A,
                 const std::vector<Diff>& B, const Method& second)
 {
     const int n1 = map.n1, n2 = map.n2, n = n1 * n2;
@@ -208,7 +208,7 @@ void pairedRows(ComplexArith& ar, PairedOutput& X, const JoinMap& map, int k1, i
     }
 }
 
-PairedOutput joinPairedOut(ComplexArith& ar, const Signal& x, const JoinMap& map, const Method& first,
+PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, const Method& first,
                            const Method& second)
 {
     const JoinIndex index(map);
@@ -285,7 +285,7 @@ PairedOutput joinPairedOut(ComplexArith& ar, const Signal& x, const JoinMap& map
     return X;
 }
 
-Signal joinPairedIn(ComplexArith& ar, const PairedInput& in, const JoinMap& map, const Method& first,
+Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, const Method& first,
                     const Method& second)
 {
     const JoinIndex index(map);
@@ -385,12 +385,12 @@ Signal joinPairedIn(ComplexArith& ar, const PairedInput& in, const JoinMap& map,
 
 } // namespace
 
-Method codeletMethod(std::function<PairedOutput(ComplexArith&, const PairedInput&)> core, bool takesAllPairs)
+Method codeletMethod(std::function<PairedOutput(DftArith&, const PairedInput&)> core, bool takesAllPairs)
 {
     Method m;
-    m.plain = [core](ComplexArith& ar, const Signal& x) { return close(ar, core(ar, binsOf(ar, x))); };
-    m.pairedOut = [core](ComplexArith& ar, const Signal& x) { return core(ar, binsOf(ar, x)); };
-    m.pairedIn = [core](ComplexArith& ar, const PairedInput& x) { return close(ar, core(ar, x)); };
+    m.plain = [core](DftArith& ar, const Signal& x) { return close(ar, core(ar, binsOf(ar, x))); };
+    m.pairedOut = [core](DftArith& ar, const Signal& x) { return core(ar, binsOf(ar, x)); };
+    m.pairedIn = [core](DftArith& ar, const PairedInput& x) { return close(ar, core(ar, x)); };
     m.keepsAllPairs = true;
     m.takesAllPairs = takesAllPairs;
     return m;
@@ -400,12 +400,12 @@ Method plainMethod(Transform plain)
 {
     Method m;
     m.plain = plain;
-    m.pairedOut = [plain](ComplexArith& ar, const Signal& x) {
+    m.pairedOut = [plain](DftArith& ar, const Signal& x) {
         PairedOutput y(static_cast<int>(x.size()));
         y.bin = plain(ar, x);
         return y;
     };
-    m.pairedIn = [plain](ComplexArith& ar, const PairedInput& in) {
+    m.pairedIn = [plain](DftArith& ar, const PairedInput& in) {
         Signal x(in.size);
         for (int k = 0; k < in.size; ++k)
             x[k] = in.bin(k);
@@ -417,9 +417,9 @@ Method plainMethod(Transform plain)
 Method joinMethod(const JoinMap& map, const Method& first, const Method& second)
 {
     Method m;
-    m.plain = [=](ComplexArith& ar, const Signal& x) { return join(ar, x, map, first, second); };
-    m.pairedOut = [=](ComplexArith& ar, const Signal& x) { return joinPairedOut(ar, x, map, first, second); };
-    m.pairedIn = [=](ComplexArith& ar, const PairedInput& in) { return joinPairedIn(ar, in, map, first, second); };
+    m.plain = [=](DftArith& ar, const Signal& x) { return join(ar, x, map, first, second); };
+    m.pairedOut = [=](DftArith& ar, const Signal& x) { return joinPairedOut(ar, x, map, first, second); };
+    m.pairedIn = [=](DftArith& ar, const PairedInput& in) { return joinPairedIn(ar, in, map, first, second); };
     const JoinIndex index(map);
     bool rowsPaired = true, groupsPaired = true;
     for (int k1 = 0; k1 < map.n1; ++k1)
@@ -434,7 +434,7 @@ Method joinMethod(const JoinMap& map, const Method& first, const Method& second)
     return m;
 }
 
-Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner)
+Signal pairedConvolution(DftArith& ar, const Signal& x, const Method& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
@@ -477,10 +477,13 @@ Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner)
                 const std::string times =
                     folded ? "Times" + trigMagnitudeName(d.factor.sine, d.factor.num, d.factor.den).substr(1) : "";
                 const Cx dv = folded ? d.base : d.value;
-                // (re, name) for the operand h or d
+                // 2A on one of h and d, i 2B on the other, summed
                 const auto product = [&](bool reOnHalf) {
-                    return reOnHalf ? ar.mulPair(h, 2 * re, name + "Re", dv, 2 * im * f, name + "Im" + times)
-                                    : ar.mulPair(dv, 2 * re * f, name + "Re" + times, h, 2 * im, name + "Im");
+                    const Cx a = reOnHalf ? ar.mulComplex(h, 2 * re, 0, name)
+                                          : ar.mulComplex(dv, 2 * re * f, 0, name + times);
+                    const Cx b = reOnHalf ? ar.mulComplex(dv, 0, 2 * im * f, name + times)
+                                          : ar.mulComplex(h, 0, 2 * im, name);
+                    return ar.add(a, b);
                 };
                 const bool even = lower % 2 == 0;
                 pairs[lower] = SumDif{product(even), product(!even)};

@@ -15,15 +15,15 @@ namespace kernelgen {
 // inverse form asks for every partner pair as a sum and difference.
 struct Method {
     Transform plain;
-    std::function<PairedOutput(ComplexArith&, const Signal&)> pairedOut;
-    std::function<Signal(ComplexArith&, const PairedInput&)> pairedIn;
+    std::function<PairedOutput(DftArith&, const Signal&)> pairedOut;
+    std::function<Signal(DftArith&, const PairedInput&)> pairedIn;
     bool keepsAllPairs = false;
     bool takesAllPairs = false;
-    Signal operator()(ComplexArith& ar, const Signal& x) const { return plain(ar, x); }
+    Signal operator()(DftArith& ar, const Signal& x) const { return plain(ar, x); }
 };
 
 // A codelet given as one function from paired inputs to paired outputs.
-Method codeletMethod(std::function<PairedOutput(ComplexArith&, const PairedInput&)> core, bool takesAllPairs);
+Method codeletMethod(std::function<PairedOutput(DftArith&, const PairedInput&)> core, bool takesAllPairs);
 // A transform without pair forms: bins in, bins out.
 Method plainMethod(Transform plain);
 // A join of two stages (coprime or twiddled map) with pairs through both.
@@ -33,6 +33,6 @@ Method joinMethod(const JoinMap& map, const Method& first, const Method& second)
 // `inner` (see convolution in convolution.h): pairs that the forward transform
 // leaves open are multiplied in pair form with the constants 2 Re D[k] and
 // 2 Im D[k]; the others, and bins 0 and m/2, by D[k] itself.
-Signal pairedConvolution(ComplexArith& ar, const Signal& x, const Method& inner);
+Signal pairedConvolution(DftArith& ar, const Signal& x, const Method& inner);
 
 } // namespace kernelgen

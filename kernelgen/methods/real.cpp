@@ -69,14 +69,14 @@ private:
 
 RealTransform halfOf(const Transform& complexMethod)
 {
-    return [complexMethod](ComplexArith& ar, const Signal& x) {
+    return [complexMethod](ScalarArith& ar, const Signal& x) {
         Signal X = complexMethod(ar, x);
         X.resize(x.size() / 2 + 1);
         return X;
     };
 }
 
-Signal evenOdd(ComplexArith& ar, const Signal& x, const RealTransform& half, const Transform& odd)
+Signal evenOdd(ScalarArith& ar, const Signal& x, const RealTransform& half, const Transform& odd)
 {
     const int N = static_cast<int>(x.size());
     const int quarter = N / 4;
@@ -104,7 +104,7 @@ Signal evenOdd(ComplexArith& ar, const Signal& x, const RealTransform& half, con
 
 Transform twistThen(int N, const Transform& plain)
 {
-    return [N, plain](ComplexArith& ar, const Signal& z) {
+    return [N, plain](DftArith& ar, const Signal& z) {
         Signal t(z.size());
         for (size_t n = 0; n < z.size(); ++n)
             t[n] = ar.rotate(z[n], N, static_cast<int>(n));
@@ -114,7 +114,7 @@ Transform twistThen(int N, const Transform& plain)
 
 Transform summedTwistThen(const Transform& plain)
 {
-    return [plain](ComplexArith& ar, const Signal& z) {
+    return [plain](DftArith& ar, const Signal& z) {
         const Cx twisted = ar.mulReal(ar.add(z[1], ar.timesW4(z[1])), Trig{false, 1, 8});
         return plain(ar, {z[0], twisted});
     };
@@ -122,7 +122,7 @@ Transform summedTwistThen(const Transform& plain)
 
 Transform fourStep(int N, const Transform& across)
 {
-    return [N, across](ComplexArith& ar, const Signal& z) {
+    return [N, across](DftArith& ar, const Signal& z) {
         const int M = N / 4, r = M / 4;
         std::vector<Signal> u(4);
         for (int n = 0; n < 4; ++n) {
@@ -143,7 +143,7 @@ Transform fourStep(int N, const Transform& across)
     };
 }
 
-Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
+Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
                 const RealTransform& secondReal, const Transform& secondComplex)
 {
     const int n1 = map.n1, n2 = map.n2;
@@ -235,14 +235,11 @@ Signal realsOf(const std::map<int, SignedValue>& out, int n)
 
 } // namespace
 
-Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins)
+Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins)
 {
-    auto* scalar = dynamic_cast<ScalarArith*>(&ar);
-    if (!scalar)
-        throw std::logic_error("a transposed block needs the scalar arithmetic");
     ForwardBlock block;
-    buildForwardBlock(block, *scalar->onGraph(block.graph), forward, n, bins.size());
-    const auto inputs = adjointInputs(block, bins, [&](Graph::Value v) { return scalar->variable(v); });
+    buildForwardBlock(block, *ar.onGraph(block.graph), forward, n, bins.size());
+    const auto inputs = adjointInputs(block, bins, [&](Graph::Value v) { return ar.variable(v); });
     return realsOf(inlineGraph(ar.graph(), transpose(block.graph), inputs), n);
 }
 
@@ -269,7 +266,7 @@ Signal padded(const Signal& half)
 
 RealTransform evenBinsOfHalf(const RealTransform& forward)
 {
-    return [forward](ComplexArith& ar, const Signal& s) {
+    return [forward](ScalarArith& ar, const Signal& s) {
         const Signal X = forward(ar, padded(s));
         Signal even(s.size() / 2 + 1);
         for (size_t k = 0; k < even.size(); ++k)
@@ -280,7 +277,7 @@ RealTransform evenBinsOfHalf(const RealTransform& forward)
 
 RealTransform oddBinsOfHalf(const RealTransform& forward)
 {
-    return [forward](ComplexArith& ar, const Signal& d) {
+    return [forward](ScalarArith& ar, const Signal& d) {
         const Signal X = forward(ar, padded(d));
         Signal odd((d.size() + 1) / 2);
         for (size_t k = 0; k < odd.size(); ++k)
@@ -289,7 +286,7 @@ RealTransform oddBinsOfHalf(const RealTransform& forward)
     };
 }
 
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back)
+Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back)
 {
     const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2, g = primitiveRoot(p);
     std::optional<SectionScope> section;

@@ -5,11 +5,14 @@
 // needs, and what no kept bin uses is never stored, so never printed.
 #pragma once
 
+#include "arith/scalar_arith.h"
 #include "methods/joins.h"
 
 namespace kernelgen {
 
-using RealTransform = Transform;
+// A transform of real data, run by the scalar arithmetic of the real
+// kernels. A complex Transform runs there too.
+using RealTransform = std::function<Signal(ScalarArith&, const Signal&)>;
 
 // The half spectrum of a complex method run on real data.
 RealTransform halfOf(const Transform& complexMethod);
@@ -19,7 +22,7 @@ RealTransform halfOf(const Transform& complexMethod);
 // and the odd bins come from the complex size-N/4 transform `odd` of
 // z[n] = d[n] - i d[n+N/4]: its output j is X[4j+1], and conjugated
 // X[N-4j-1] where 4j+1 passes N/2. `odd` takes z untwisted.
-Signal evenOdd(ComplexArith& ar, const Signal& x, const RealTransform& half, const Transform& odd);
+Signal evenOdd(ScalarArith& ar, const Signal& x, const RealTransform& half, const Transform& odd);
 
 // The odd-bin stage of N = 8 and 16: the twist W_N^n on z[n], then the
 // plain complex transform `plain` of size N/4.
@@ -44,7 +47,7 @@ Transform fourStep(int N, const Transform& across);
 // the complex one `secondComplex` elsewhere. The rows above n1/2 are the
 // conjugates of those below, so every bin above N/2 that a row gives is a
 // conjugate of one below, and every bin below is found.
-Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
+Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
                 const RealTransform& secondReal, const Transform& secondComplex);
 
 // The adjoint of a real block inside a kernel: `forward` maps n reals to a
@@ -52,7 +55,7 @@ Signal realJoin(ComplexArith& ar, const Signal& x, const JoinMap& map, const Rea
 // spectrum's cells, a missing part a zero), its transposed graph gives n
 // reals. The block is built on a graph of its own, transposed, and copied
 // in: the data flow backwards through the forward method.
-Signal transposedBlock(ComplexArith& ar, const RealTransform& forward, int n, const Signal& bins);
+Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins);
 
 // The adjoint of the real transform `forward` of size n as the body of a
 // kernel on `g`: the block is built apart in binary64, transposed, and
@@ -81,6 +84,6 @@ RealTransform oddBinsOfHalf(const RealTransform& forward);
 //     transposes of its even bins (T in bin 0) and of its odd bins on the
 //     first half of its input. `back` is best one whose first stage joins
 //     x[r] with x[r + m/2].
-Signal realConvolution(ComplexArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back);
+Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back);
 
 } // namespace kernelgen

@@ -12,7 +12,11 @@
 
 namespace kernelgen {
 
-using Transform = std::function<Signal(ComplexArith&, const Signal&)>;
+// A transform between signals in the arithmetic `Arith`; Transform is the
+// DFT kernels' own.
+template <class Arith>
+using TransformOf = std::function<Signal(Arith&, const Signal&)>;
+using Transform = TransformOf<DftArith>;
 
 // Partner bins k and n-k (k != 0, 2k != n) seen together. A stage whose
 // first butterfly joins partners can take them as their sum and difference,
