@@ -129,7 +129,7 @@ const Road road27 = twiddled(3, f, 9, road9);
 const Method& road64(int m);
 
 const Road c64 = {plainMethod([](DftArith& ar, const Signal& x) {
-                      return pairedConvolution(ar, x, road64(static_cast<int>(x.size()) - 1));
+                      return convolution(ar, x, road64(static_cast<int>(x.size()) - 1));
                   }),
                   [](int p) { return "convolution over " + std::to_string(p - 1); }};
 
@@ -301,7 +301,7 @@ Transform laneJoinTransform(const LaneJoin& j)
 // size p-1 on four lanes.
 const Road c32 = {plainMethod([](DftArith& ar, const Signal& x) {
                       const int m = static_cast<int>(x.size()) - 1;
-                      return convolution(ar, x, laneJoinTransform(roads32().at(m).lanes));
+                      return convolution(ar, x, plainMethod(laneJoinTransform(roads32().at(m).lanes)));
                   }),
                   [](int p) { return "convolution over " + std::to_string(p - 1); }};
 

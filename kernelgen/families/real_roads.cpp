@@ -81,7 +81,7 @@ Transform complexOf(int n)
     const RealRoad& road = roads().at(n);
     if (road.complex)
         return road.complex;
-    return [n](DftArith& ar, const Signal& x) { return convolution(ar, x, complexOf(n - 1)); };
+    return [n](DftArith& ar, const Signal& x) { return convolution(ar, x, plainMethod(complexOf(n - 1))); };
 }
 
 // The real transform of size m on the way back of a convolution form: one

@@ -1,6 +1,9 @@
 #include "methods/convolution.h"
 
+#include <map>
 #include <optional>
+
+#include "arith/signs.h"
 
 namespace kernelgen {
 
@@ -62,26 +65,71 @@ Signal rootOrder(const Signal& x)
     return u;
 }
 
-Signal convolution(DftArith& ar, const Signal& x, const Transform& inner)
+Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const int g = primitiveRoot(p);
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), "size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
-    Signal U = inner(ar, rootOrder(x));
-    section.emplace(ar.graph(), "spectrum products");
+    const PairedOutput U = inner.pairedOut(ar, rootOrder(x));
+    const Signal closedU = close(ar, U); // left unused where the pairs stay open
+    section.reset();
     Signal X(p);
-    X[0] = ar.add(x[0], U[0]);
-    for (int k = 0; k < m; ++k) {
-        Exact re, im;
-        spectrumConstant(p, k, ar.exponentSign(), re, im);
-        U[k] = ar.mulComplex(U[k], re, im, spectrumName(p, k));
-    }
-    U[0] = ar.add(x[0], U[0]);
+    X[0] = ar.add(x[0], U.bin[0]);
+    std::map<int, Cx> bins;
+    std::map<int, SumDif> pairs;
+    const auto bin = [&](int k) {
+        if (!bins.count(k)) {
+            Exact re, im;
+            spectrumConstant(p, k, ar.exponentSign(), re, im);
+            const Cx product = ar.mulComplex(closedU[k], re, im, spectrumName(p, k));
+            bins[k] = k == 0 ? ar.add(x[0], product) : product;
+        }
+        return bins[k];
+    };
+    // With D[k] = A + iB, D[m-k] = (-1)^k conj(D[k]); for the half-sum h
+    // and half-difference d of U[k], U[m-k]:
+    //   even k: P[k] + P[m-k] = 2A h + i 2B d,  P[k] - P[m-k] = 2A d + i 2B h
+    //   odd k:  the roles of h and d exchanged.
+    const auto pair = [&](int k) {
+        const int lower = std::min(k, m - k);
+        if (!pairs.count(lower)) {
+            if (U.open[lower]) {
+                Exact re, im;
+                spectrumConstant(p, lower, ar.exponentSign(), re, im);
+                const std::string name = spectrumName(p, lower) + "Twice";
+                // A difference that is a product leaves its factor to the
+                // constants it meets.
+                const Cx h = U.half[lower];
+                const bool folded = U.isFactored(lower);
+                const Trig factor = U.factorAt(lower);
+                const Exact f = folded ? factor.value() : 1;
+                const std::string times =
+                    folded ? "Times" + trigMagnitudeName(factor.sine, factor.num, factor.den).substr(1) : "";
+                const Cx dv = folded ? U.baseAt(lower) : U.diffAt(lower);
+                // 2A on one of h and d, i 2B on the other, summed
+                const auto product = [&](bool reOnHalf) {
+                    const Cx a = reOnHalf ? ar.mulComplex(h, 2 * re, 0, name)
+                                          : ar.mulComplex(dv, 2 * re * f, 0, name + times);
+                    const Cx b = reOnHalf ? ar.mulComplex(dv, 0, 2 * im * f, name + times)
+                                          : ar.mulComplex(h, 0, 2 * im, name);
+                    return ar.add(a, b);
+                };
+                const bool even = lower % 2 == 0;
+                pairs[lower] = SumDif{product(even), product(!even)};
+            } else {
+                const Cx a = bin(lower), b = bin(m - lower);
+                pairs[lower] = SumDif{ar.add(a, b), ar.sub(a, b)};
+            }
+        }
+        const SumDif sd = pairs[lower];
+        return k == lower ? sd : SumDif{sd.sum, ComplexArith::neg(sd.dif)};
+    };
     const auto back = ar.reversed();
-    section.emplace(ar.graph(), "inverse size-" + std::to_string(m) + " transform");
-    const Signal y = inner(*back, U);
+    // The products are made where the inverse transform asks for them.
+    section.emplace(ar.graph(), "spectrum products and the inverse size-" + std::to_string(m) + " transform");
+    const Signal y = inner.pairedIn(*back, PairedInput{m, bin, pair});
     // g^-r = g^(m-r)
     for (int r = 0; r < m; ++r)
         X[powMod(g, (m - r) % m, p)] = y[r];

@@ -3,17 +3,10 @@
 
 #include <string>
 
-#include "methods/signal.h"
+#include "methods/pairs.h"
 
 namespace kernelgen {
 
-// The convolution form of a prime p over m = p-1, with g the smallest
-// primitive root: u[q] = x[g^q], U = the size-m transform `inner` of u,
-// U[k] times the spectrum constant D[k] (x[0] added to bin 0), the inverse
-// size-m transform (`inner` with the signs changed) y, X[g^-r] = y[r], and
-// X[0] = x[0] + U[0] from the bin 0 before the product. This plain form,
-// a complex product per bin, is 32fc's; 64fc takes the pair form of
-// pairs.h.
 int primitiveRoot(int p);
 int powMod(int base, int exponent, int p);
 // D[k] = (1/m) * sum_t W^(g^t) * exp(+2*pi*i*t*k/m) for the direction of
@@ -22,6 +15,16 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im);
 std::string spectrumName(int p, int k);
 // u[q] = x[g^q mod p], q = 0..p-2: the inputs in the order of the powers of g.
 Signal rootOrder(const Signal& x);
-Signal convolution(DftArith& ar, const Signal& x, const Transform& inner);
+
+// The convolution form of a prime p over m = p-1, with g the smallest
+// primitive root: u[q] = x[g^q], U = the size-m transform `inner` of u,
+// U[k] times the spectrum constant D[k] (x[0] added to bin 0), the inverse
+// size-m transform (`inner` with the signs changed) y, X[g^-r] = y[r], and
+// X[0] = x[0] + U[0] from the bin 0 before the product. Pairs that the
+// forward transform leaves open are multiplied in pair form, with the
+// constants 2 Re D[k] and 2 Im D[k]; the other bins, each by D[k] itself,
+// where the inverse transform asks for them. A plain `inner` leaves no pair
+// open.
+Signal convolution(DftArith& ar, const Signal& x, const Method& inner);
 
 } // namespace kernelgen

@@ -29,10 +29,4 @@ Method plainMethod(Transform plain);
 // A join of two stages (coprime or twiddled map) with pairs through both.
 Method joinMethod(const JoinMap& map, const Method& first, const Method& second);
 
-// The 64fc convolution form of a prime p over the size-(p-1) transform
-// `inner` (see convolution in convolution.h): pairs that the forward transform
-// leaves open are multiplied in pair form with the constants 2 Re D[k] and
-// 2 Im D[k]; the others, and bins 0 and m/2, by D[k] itself.
-Signal pairedConvolution(DftArith& ar, const Signal& x, const Method& inner);
-
 } // namespace kernelgen
