@@ -59,25 +59,22 @@ bool sameStoredValues(Kind kind, const std::vector<Exact>& a, const std::vector<
 
 } // namespace
 
-void Graph::openSection(const std::string& label)
+void Graph::openSection(Section what)
 {
-    constexpr size_t kLabelledDepth = 2;
-    if (openSections_.size() >= kLabelledDepth) {
+    constexpr size_t kDepth = 2;
+    if (openSections_.size() >= kDepth) {
         openSections_.push_back(openSections_.back());
         return;
     }
-    sections_.push_back(openSections_.empty() ? label : sections_[openSections_.back()] + "; " + label);
+    sections_.push_back({std::move(what), openSections_.empty() ? -1 : openSections_.back(), {-1, -1}});
     openSections_.push_back(static_cast<int>(sections_.size() - 1));
 }
 
 void Graph::closeSection() { openSections_.pop_back(); }
 
-int Graph::sectionNamed(const std::string& label)
+int Graph::pairSections(int a, int b)
 {
-    for (size_t i = 0; i < sections_.size(); ++i)
-        if (sections_[i] == label)
-            return static_cast<int>(i);
-    sections_.push_back(label);
+    sections_.push_back({Section{}, -1, {a, b}});
     return static_cast<int>(sections_.size() - 1);
 }
 

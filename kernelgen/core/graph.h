@@ -5,6 +5,7 @@
 // first gives the same bits: the scheduling pass chooses the printed one.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -80,6 +81,34 @@ struct Node {
     int section = -1;     // index into Graph::sections(), -1 outside any
 };
 
+// What a section of a graph is: a step of a method and, where the step
+// has groups, rows or blocks, which one (a range of them where vector
+// lanes hold several), the partner taken with it, and the length of the
+// transform it runs.
+struct Section {
+    Section() = default;
+    Section(std::string step) : step(std::move(step)) {}
+    Section(std::string step, std::string unit, int first, int points = 0, int partner = -1, int last = -1)
+        : step(std::move(step)), unit(std::move(unit)), first(first), last(last), partner(partner), points(points)
+    {
+    }
+
+    std::string step;  // "first stage", "spectrum products", ...
+    std::string unit;  // "group", "row", "block", "groups", ...; empty for a step of one piece
+    int first = -1;    // the index, or the first of a range
+    int last = -1;     // the last of a range; -1: first alone
+    int partner = -1;  // the group or row taken together with it; -1: none
+    int points = 0;    // the length of the transform it runs; 0: none
+};
+
+// A section in its graph: inside `parent`, or the pair of sections `pair`
+// that a pass runs side by side.
+struct SectionNode {
+    Section what;
+    int parent = -1;
+    std::array<int, 2> pair{-1, -1};
+};
+
 struct ConstantDef {
     std::string name;
     Kind kind;
@@ -130,18 +159,20 @@ public:
     Value widen(Value a);
     Value narrow(Value a);
 
-    // Sections: the stages of a chain as a method marks them, so that the
-    // printer can head their statements with a comment. Nodes made between
-    // openSection and closeSection belong to the section; a section inside
-    // another is labelled "outer; inner", and deeper ones belong to their
-    // parent.
-    void openSection(const std::string& label);
+    // Sections: the steps of a method as it marks them, so that passes can
+    // tell independent work of one shape apart and the printer can head
+    // their statements with a comment. Nodes made between openSection and
+    // closeSection belong to the section; a section opened inside another
+    // has it as parent, and deeper ones belong to their parent.
+    void openSection(Section what);
     void closeSection();
-    // A section with `label` (made once), and a node moved into it: for
-    // passes that copy a graph and keep its stage comments.
-    int sectionNamed(const std::string& label);
+    // For passes that copy a graph: the sections of `from` under the same
+    // indices, and a section holding the nodes of sections a and b side by
+    // side.
+    void copySectionsOf(const Graph& from) { sections_ = from.sections_; }
+    int pairSections(int a, int b);
     void placeInSection(Value v, int section) { nodes_[v].section = section; }
-    const std::vector<std::string>& sections() const { return sections_; }
+    const std::vector<SectionNode>& sections() const { return sections_; }
 
     Kind kind(Value v) const { return nodes_[v].kind; }
     // A constant whose lanes are all +0.0 (not a sign mask).
@@ -174,7 +205,7 @@ private:
     Value binary(Op op, Value a, Value b);
     std::vector<Node> nodes_;
     std::vector<ConstantDef> constants_;
-    std::vector<std::string> sections_;
+    std::vector<SectionNode> sections_;
     std::vector<int> openSections_; // the section of each open level
     std::vector<int> printOrder_;
 };
@@ -186,7 +217,7 @@ Graph::Value signedSum(Graph& g, Graph::Value a, bool negA, Graph::Value b, bool
 // Opens a section for the lifetime of the scope.
 class SectionScope {
 public:
-    SectionScope(Graph& g, const std::string& label) : g_(g) { g_.openSection(label); }
+    SectionScope(Graph& g, Section what) : g_(g) { g_.openSection(std::move(what)); }
     ~SectionScope() { g_.closeSection(); }
     SectionScope(const SectionScope&) = delete;
     SectionScope& operator=(const SectionScope&) = delete;

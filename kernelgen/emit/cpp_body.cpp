@@ -94,23 +94,52 @@ std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, 
 
 } // namespace
 
+std::string sectionComment(const Graph& g, int section)
+{
+    const SectionNode& node = g.sections()[section];
+    if (node.pair[0] >= 0)
+        return sectionComment(g, node.pair[0]) + " and " + sectionComment(g, node.pair[1]);
+    const Section& w = node.what;
+    std::string text = node.parent >= 0 ? sectionComment(g, node.parent) + "; " : "";
+    text += w.step;
+    if (!w.unit.empty()) {
+        text.append(", ").append(w.unit).append(" ").append(std::to_string(w.first));
+        if (w.last >= 0 && w.last != w.first)
+            text.append(" to ").append(std::to_string(w.last));
+    }
+    if (w.points > 0)
+        text.append(" (").append(std::to_string(w.points)).append("-point)");
+    if (w.partner >= 0 && w.partner != w.first)
+        text.append(" with its partner ").append(std::to_string(w.partner));
+    return text;
+}
+
 std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std::string& indent)
 {
     std::ostringstream out;
     bool stored = false;
     const auto at = [](const std::string& array, int offset) { return array + " + " + std::to_string(offset); };
     const auto element = [](const std::string& array, int offset) { return array + "[" + std::to_string(offset) + "]"; };
-    int section = -1;
     if (g.printOrder().empty())
         throw std::logic_error("a graph reaches the printer before the scheduling pass");
+    // Loads and constants serve any section. A section's comment heads its
+    // operations where they come as one run; where the schedule interleaves
+    // a section with others, no comment could say which statement is whose.
+    const auto sectionWork = [&](const Node& n) { return n.section >= 0 && n.op != Op::Constant && !isLoad(n.op); };
+    std::vector<int> runs(g.sections().size(), 0);
+    int section = -1;
     for (const int i : g.printOrder()) {
         const Node& n = g.nodes()[i];
-        // Loads and constants serve any stage; a stage's comment heads the
-        // first of its own operations after those of another.
-        const bool stageWork = n.section >= 0 && n.op != Op::Constant && !isLoad(n.op);
-        if (stageWork && n.section != section) {
-            out << indent << "// " << g.sections()[n.section] << "\n";
+        if (sectionWork(n) && n.section != section)
+            ++runs[section = n.section];
+    }
+    section = -1;
+    for (const int i : g.printOrder()) {
+        const Node& n = g.nodes()[i];
+        if (sectionWork(n) && n.section != section) {
             section = n.section;
+            if (runs[section] == 1)
+                out << indent << "// " << sectionComment(g, section) << "\n";
         }
         // Vectors move through the access policy, or index an array of
         // vectors; numbers move by their bytes, so any address works.

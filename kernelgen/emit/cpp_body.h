@@ -25,6 +25,10 @@ struct ArrayAccess {
     bool arraysOfValues;
 };
 
+// The comment of a section: "second stage, row 1 (4-point) with its
+// partner 3", after its parent's and a semicolon; "A and B" for a pair.
+std::string sectionComment(const Graph& g, int section);
+
 // One statement per live node, in the graph's print order.
 std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std::string& indent);
 

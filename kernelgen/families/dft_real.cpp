@@ -18,7 +18,7 @@ Graph forwardGraph(RealType type, int n)
     const Kind kind = elementKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
     const Signal X = runRoadOnLoads(ar, RoadSet::Forward, n);
-    const SectionScope section(g, "factor and stores");
+    const SectionScope section(g, {"factor and stores"});
     for (int k = 0; 2 * k <= n; ++k) {
         ar.storeOutput(X[k].re, X[k].negRe, 2 * k);
         const bool realBin = k == 0 || 2 * k == n;
@@ -42,7 +42,7 @@ Graph inverseGraph(RealType type, int n)
     const Kind kind = elementKind(type);
     Signal bins(n / 2 + 1);
     {
-        const SectionScope section(g, "interior cells doubled");
+        const SectionScope section(g, {"interior cells doubled"});
         const Graph::Value two = g.constant("kTwo", kind, {2});
         for (int k = 0; 2 * k <= n; ++k) {
             const bool realBin = k == 0 || 2 * k == n;
@@ -52,10 +52,10 @@ Graph inverseGraph(RealType type, int n)
     }
     Signal y;
     {
-        const SectionScope section(g, "transposed forward road");
+        const SectionScope section(g, {"transposed forward road"});
         y = transposedTransform(g, kind, realRoad(RoadSet::Inverse, n), n, bins);
     }
-    const SectionScope section(g, "factor and stores");
+    const SectionScope section(g, {"factor and stores"});
     const Graph::Value scale = g.scaleArg(kind);
     for (int r = 0; r < n; ++r) {
         if (y[r].re < 0 || y[r].negRe)

@@ -20,7 +20,7 @@ Graph hartleyGraph(RealType type, int n)
     const Kind kind = elementKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
     const Signal X = runRoadOnLoads(ar, RoadSet::Hartley, n);
-    const SectionScope section(g, "butterflies of the parts, factor and stores");
+    const SectionScope section(g, {"butterflies of the parts, factor and stores"});
     const Graph::Value scale = g.scaleArg(kind);
     const auto store = [&](Graph::Value v, bool negative, int cell) {
         if (negative)

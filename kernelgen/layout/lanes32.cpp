@@ -97,7 +97,7 @@ std::vector<Signal> transposeSets(SplitArith& ar, const std::vector<Signal>& in,
     for (int set = 0; set < sets; ++set)
         for (int block = 0; block < blocks; ++block) {
             // A section per tile: tiles of one shape pair in 256-bit vectors.
-            const SectionScope tile(g, "lane set " + std::to_string(set) + " into block " + std::to_string(block));
+            const SectionScope tile(g, {"transpose of lane set " + std::to_string(set), "block", block});
             std::array<Graph::Value, 4> re, im;
             for (int l = 0; l < 4; ++l) {
                 const Cx y = inLane(4 * block + l, count) < 0 ? Cx{zero, zero} : ar.materialize(in[set][4 * block + l]);

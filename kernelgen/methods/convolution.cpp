@@ -71,7 +71,7 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
     const int m = p - 1;
     const int g = primitiveRoot(p);
     std::optional<SectionScope> section;
-    section.emplace(ar.graph(), "size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
+    section.emplace(ar.graph(), Section{"size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
     const PairedOutput U = inner.pairedOut(ar, rootOrder(x));
     const Signal closedU = close(ar, U); // left unused where the pairs stay open
     section.reset();
@@ -128,7 +128,7 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
     };
     const auto back = ar.reversed();
     // The products are made where the inverse transform asks for them.
-    section.emplace(ar.graph(), "spectrum products and the inverse size-" + std::to_string(m) + " transform");
+    section.emplace(ar.graph(), Section{"spectrum products and the inverse size-" + std::to_string(m) + " transform"});
     const Signal y = inner.pairedIn(*back, PairedInput{m, bin, pair});
     // g^-r = g^(m-r)
     for (int r = 0; r < m; ++r)

@@ -56,15 +56,9 @@ JoinMap interleavedPowerMap(int p, int q)
             [=](int i2, int k1) { return pointB(i2) * k1; }, p * p};
 }
 
-std::string groupLabel(int i2, int n1)
-{
-    return "first stage, group " + std::to_string(i2) + " (" + std::to_string(n1) + "-point)";
-}
+Section groupSection(int i2, int n1, int partner) { return {"first stage", "group", i2, n1, partner}; }
 
-std::string rowLabel(int k1, int n2)
-{
-    return "second stage, row " + std::to_string(k1) + " (" + std::to_string(n2) + "-point)";
-}
+Section rowSection(int k1, int n2, int partner) { return {"second stage", "row", k1, n2, partner}; }
 
 template <class Arith>
 Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,
@@ -77,7 +71,7 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
         throw std::logic_error("more leading groups than the stage has");
     std::vector<Signal> columns(map.n2);
     for (int i2 = 0; i2 < map.n2; ++i2) {
-        const SectionScope section(ar.graph(), groupLabel(i2, map.n1));
+        const SectionScope section(ar.graph(), groupSection(i2, map.n1));
         Signal group(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
@@ -88,7 +82,7 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
     }
     Signal X(n);
     for (int k1 = 0; k1 < map.n1; ++k1) {
-        const SectionScope section(ar.graph(), rowLabel(k1, map.n2));
+        const SectionScope section(ar.graph(), rowSection(k1, map.n2));
         Signal row(map.n2);
         for (int i2 = 0; i2 < map.n2; ++i2)
             row[i2] = columns[i2][k1];
@@ -113,7 +107,7 @@ Signal halvingsAroundOdd(DftArith& ar, const Signal& x, const Transform& odd)
     // 4-point stage in rows 1 and 3.
     std::vector<Signal> rows(4, Signal(q));
     for (int i2 = 0; i2 < q; ++i2) {
-        const SectionScope section(ar.graph(), "halving steps, group " + std::to_string(i2));
+        const SectionScope section(ar.graph(), {"halving steps", "group", i2});
         const Cx x0 = x[map.input(0, i2)], x1 = x[map.input(1, i2)];
         const Cx x2 = x[map.input(2, i2)], x3 = x[map.input(3, i2)];
         rows[0][i2] = ar.add(x0, x2);
@@ -124,12 +118,11 @@ Signal halvingsAroundOdd(DftArith& ar, const Signal& x, const Transform& odd)
         rows[3][i2] = ar.sub(b, wd);
     }
     for (int k1 = 0; k1 < 4; ++k1) {
-        const SectionScope section(ar.graph(), "odd stage, row " + std::to_string(k1) + " (" + std::to_string(q) +
-                                                   "-point)");
+        const SectionScope section(ar.graph(), {"odd stage", "row", k1, q});
         rows[k1] = odd(ar, rows[k1]);
     }
     Signal X(4 * q);
-    const SectionScope section(ar.graph(), "last 2-point butterflies of the even outputs");
+    const SectionScope section(ar.graph(), {"last 2-point butterflies of the even outputs"});
     for (int k2 = 0; k2 < q; ++k2) {
         X[map.output(0, k2)] = ar.add(rows[0][k2], rows[2][k2]);
         X[map.output(2, k2)] = ar.sub(rows[0][k2], rows[2][k2]);

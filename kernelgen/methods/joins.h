@@ -55,10 +55,10 @@ struct StageOf {
 };
 using Stage = StageOf<DftArith>;
 
-// The section labels of a join's stages: "first stage, group 3 (5-point)",
-// "second stage, row 0 (12-point)".
-std::string groupLabel(int i2, int n1);
-std::string rowLabel(int k1, int n2);
+// The sections of a join's stages: group i2 of the first stage, with its
+// length and the partner group taken with it, and row k1 of the second.
+Section groupSection(int i2, int n1, int partner = -1);
+Section rowSection(int k1, int n2, int partner = -1);
 
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
 // Any arithmetic runs it: the DFT kernels' (DftArith) and the DCT-IV

@@ -18,7 +18,7 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
 {
     const int blocks = static_cast<int>(rows.size());
     for (int block = 0; block < blocks; ++block) {
-        const SectionScope section(ar.graph(), "twiddles of block " + std::to_string(block));
+        const SectionScope section(ar.graph(), {"twiddles", "block", block});
         for (int i2 = 1; i2 < map.n2; ++i2) {
             std::array<int, 4> exponents{};
             bool any = false;
@@ -40,18 +40,11 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
 // out[block][k2], lanes k1 = 4*block+l. Element e of the transform's input
 // is loaded from element `source(e)` of src (-1: a zero), and each loaded
 // vector passes `prepare` with its elements before the first stage.
-// "first stage, groups 4 to 7 (5-point)": the indices in the lanes of
-// vector set `set` of `count`, and the length of the transform on them.
-std::string lanesLabel(const std::string& what, int set, int count, int length)
+// The section of vector set `set` of `count` groups or rows: the indices in
+// its lanes, and the length of the transform on them.
+Section laneSection(const char* step, const char* unit, int set, int count, int length)
 {
-    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) on a literal
-    // prefixed to a temporary string.
-    const int last = std::min(4 * set + 3, count - 1);
-    std::string label = what;
-    label.append(" ").append(std::to_string(4 * set));
-    if (last != 4 * set)
-        label.append(" to ").append(std::to_string(last));
-    return label.append(" (").append(std::to_string(length)).append("-point)");
+    return {step, unit, 4 * set, length, -1, std::min(4 * set + 3, count - 1)};
 }
 
 using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
@@ -64,7 +57,7 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
     const int laneSets = (map.n2 + 3) / 4;
     std::vector<Signal> firstOut(laneSets);
     for (int set = 0; set < laneSets; ++set) {
-        const SectionScope section(g, lanesLabel("first stage, groups", set, map.n2, map.n1));
+        const SectionScope section(g, laneSection("first stage", "groups", set, map.n2, map.n1));
         Signal column(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1) {
             std::array<int, 4> elements;
@@ -77,12 +70,12 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
         firstOut[set] = first(ar, column);
     }
     std::optional<SectionScope> section;
-    section.emplace(g, "transposes and twiddles");
+    section.emplace(g, Section{"transposes and twiddles"});
     std::vector<Signal> rows = transposeSets(ar, firstOut, map.n1);
     twiddleRows(ar, map, rows, prefix);
     std::vector<Signal> out;
     for (size_t block = 0; block < rows.size(); ++block) {
-        section.emplace(g, lanesLabel("second stage, rows", static_cast<int>(block), map.n1, map.n2));
+        section.emplace(g, laneSection("second stage", "rows", static_cast<int>(block), map.n1, map.n2));
         out.push_back(second(ar, Signal(rows[block].begin(), rows[block].begin() + map.n2)));
     }
     return out;
@@ -102,17 +95,17 @@ std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Tra
     std::optional<SectionScope> section;
     std::vector<Signal> rows;
     for (size_t block = 0; block < spectrum.size(); ++block) {
-        section.emplace(g, lanesLabel("inverse second stage, rows", static_cast<int>(block), map.n1, map.n2));
+        section.emplace(g, laneSection("inverse second stage", "rows", static_cast<int>(block), map.n1, map.n2));
         Signal z = second(back, spectrum[block]);
         z.resize(4 * ((map.n2 + 3) / 4));
         rows.push_back(z);
     }
-    section.emplace(g, "conjugate twiddles and transposes");
+    section.emplace(g, Section{"conjugate twiddles and transposes"});
     twiddleRows(back, map, rows, prefix);
     std::vector<Signal> columns = transposeSets(back, rows, map.n2);
     std::vector<Signal> out;
     for (size_t set = 0; set < columns.size(); ++set) {
-        section.emplace(g, lanesLabel("inverse first stage, groups", static_cast<int>(set), map.n2, map.n1));
+        section.emplace(g, laneSection("inverse first stage", "groups", static_cast<int>(set), map.n2, map.n1));
         out.push_back(first(back, Signal(columns[set].begin(), columns[set].begin() + map.n1)));
     }
     return out;
@@ -127,7 +120,7 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
         forwardSplit(ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n));
     const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
     for (size_t block = 0; block < out.size(); ++block) {
-        const SectionScope section(ar.graph(), "scale and stores, block " + std::to_string(block));
+        const SectionScope section(ar.graph(), {"scale and stores", "block", static_cast<int>(block)});
         for (int k2 = 0; k2 < map.n2; ++k2) {
             std::array<int, 4> elements;
             for (int l = 0; l < 4; ++l) {
@@ -150,7 +143,7 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
 
     // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
     std::optional<SectionScope> section;
-    section.emplace(g, "spectrum products");
+    section.emplace(g, Section{"spectrum products"});
     const Cx X0 = ar.add(x0, U[0][0]);
     for (size_t block = 0; block < U.size(); ++block)
         for (int k2 = 0; k2 < map.n2; ++k2) {
@@ -169,7 +162,7 @@ void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Trans
     SplitArith back = ar.opposite();
     section.reset();
     const std::vector<Signal> y = inverseSplit(back, map, first, second, U, prefix);
-    section.emplace(g, "scale and stores");
+    section.emplace(g, Section{"scale and stores"});
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
     for (size_t set = 0; set < y.size(); ++set)
@@ -204,7 +197,7 @@ void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& 
     // between m = p-1 and M-(p-1) left empty.
     const int sign = ar.exponentSign();
     std::optional<SectionScope> section;
-    section.emplace(g, "products with the chirp spectrum");
+    section.emplace(g, Section{"products with the chirp spectrum"});
     for (size_t block = 0; block < A.size(); ++block)
         for (int k2 = 0; k2 < map.n2; ++k2) {
             std::array<Exact, 4> re{}, im{};
@@ -229,7 +222,7 @@ void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& 
     SplitArith back = ar.opposite();
     section.reset();
     const std::vector<Signal> y = inverseSplit(back, map, first, second, A, prefix);
-    section.emplace(g, "chirp, scale and stores");
+    section.emplace(g, Section{"chirp, scale and stores"});
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     for (size_t set = 0; set < y.size(); ++set)
         for (int i1 = 0; i1 < map.n1; ++i1) {

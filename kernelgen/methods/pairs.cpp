@@ -86,12 +86,6 @@ Cx halfOf(const PairedOutput& y, int k) { return y.isOpen(k) ? y.halfAt(k) : y.b
 
 bool selfPartner(int k, int n) { return mod(-k, n) == k; }
 
-// A section label of a group or row taken together with its partner.
-std::string withPartner(const std::string& label, int index, int partner)
-{
-    return partner == index ? label : label + " with its partner " + std::to_string(partner);
-}
-
 // Index helpers of a join: where each element sits, and the twiddle
 // exponent reduced.
 struct JoinIndex {
@@ -214,7 +208,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
     std::vector<PairedOutput> Y;
     std::vector<Signal> closedY;
     for (int i2 = 0; i2 < n2; ++i2) {
-        const SectionScope section(ar.graph(), groupLabel(i2, n1));
+        const SectionScope section(ar.graph(), groupSection(i2, n1));
         Signal group(n1);
         for (int i1 = 0; i1 < n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
@@ -234,7 +228,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
         const int k1n = mod(-k1, n1);
         if (k1n < k1)
             continue;
-        const SectionScope section(ar.graph(), withPartner(rowLabel(k1, n2), k1, k1n));
+        const SectionScope section(ar.graph(), rowSection(k1, n2, k1n));
         const int shift = index.rowShift(k1);
         if (k1n == k1 && index.twiddleFree(k1)) {
             Signal row(n2);
@@ -342,7 +336,7 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
         const int skew = index.groupSkew(i2, i2n);
         if (i2n < i2)
             continue;
-        const SectionScope section(ar.graph(), withPartner(groupLabel(i2, n1), i2, i2n));
+        const SectionScope section(ar.graph(), groupSection(i2, n1, i2n));
         if (i2n == i2 && skew == 0) {
             const PairedInput group{n1, [&, i2](int i1) { return in.bin(map.input(i1, i2)); },
                                     [&, i2](int i1) { return in.pair(map.input(i1, i2)); }};
@@ -357,7 +351,7 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
     }
     Signal X(n);
     for (int k1 = 0; k1 < n1; ++k1) {
-        const SectionScope section(ar.graph(), rowLabel(k1, n2));
+        const SectionScope section(ar.graph(), rowSection(k1, n2));
         const Signal& bins = rowBin[k1];
         const std::map<int, SumDif>& pairs = rowPair[k1];
         const PairedInput row{

@@ -87,12 +87,12 @@ Signal evenOdd(ScalarArith& ar, const Signal& x, const RealTransform& half, cons
     }
     HalfSpectrum X(N);
     {
-        const SectionScope section(ar.graph(), "even bins: the size-" + std::to_string(N / 2) + " real transform");
+        const SectionScope section(ar.graph(), {"even bins: the size-" + std::to_string(N / 2) + " real transform"});
         const Signal even = half(ar, s);
         for (int k = 0; 2 * k <= N / 2; ++k)
             X.set(2 * k, even[k]);
     }
-    const SectionScope section(ar.graph(), "odd bins: the complex size-" + std::to_string(quarter) + " stage");
+    const SectionScope section(ar.graph(), {"odd bins: the complex size-" + std::to_string(quarter) + " stage"});
     Signal z(quarter);
     for (int n = 0; n < quarter; ++n)
         z[n] = Cx{d[n].re, d[n + quarter].re, d[n].negRe, !d[n + quarter].negRe};
@@ -149,7 +149,7 @@ Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const Real
     const int n1 = map.n1, n2 = map.n2;
     std::vector<Signal> Y(n2);
     for (int i2 = 0; i2 < n2; ++i2) {
-        const SectionScope section(ar.graph(), groupLabel(i2, n1));
+        const SectionScope section(ar.graph(), groupSection(i2, n1));
         Signal group(n1);
         for (int i1 = 0; i1 < n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
@@ -157,7 +157,7 @@ Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const Real
     }
     HalfSpectrum X(n1 * n2);
     for (int k1 = 0; 2 * k1 <= n1; ++k1) {
-        const SectionScope section(ar.graph(), rowLabel(k1, n2));
+        const SectionScope section(ar.graph(), rowSection(k1, n2));
         Signal row(n2);
         bool real = true;
         for (int i2 = 0; i2 < n2; ++i2) {
@@ -290,12 +290,12 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
 {
     const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2, g = primitiveRoot(p);
     std::optional<SectionScope> section;
-    section.emplace(ar.graph(), "real size-" + std::to_string(m) + " transform of the inputs in primitive-root order");
+    section.emplace(ar.graph(), Section{"real size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
     const Signal U = forward(ar, rootOrder(x));
     HalfSpectrum X(p);
     X.set(0, ar.add(x[0], U[0]));
 
-    section.emplace(ar.graph(), "spectrum products");
+    section.emplace(ar.graph(), Section{"spectrum products"});
     // Cells of the two blocks: bin k of the products goes to bin k/2 of the
     // even block or bin (k-1)/2 of the half-bin block.
     Signal even(n / 2 + 1), odd((n + 1) / 2);
@@ -324,9 +324,9 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
     // Bin m/2 of the products is real (D[m/2] real, m/2 even) or, times -i,
     // real again (D[m/2] imaginary, m/2 odd): one cell of one block.
 
-    section.emplace(ar.graph(), "transposed real size-" + std::to_string(m) + " transform, even bins: the real parts");
+    section.emplace(ar.graph(), Section{"transposed real size-" + std::to_string(m) + " transform, even bins: the real parts"});
     const Signal re = transposedBlock(ar, evenBinsOfHalf(back), n, even);
-    section.emplace(ar.graph(), "transposed real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts");
+    section.emplace(ar.graph(), Section{"transposed real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts"});
     const Signal imag = transposedBlock(ar, oddBinsOfHalf(back), n, odd);
     // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
     for (int r = 0; r < n; ++r)

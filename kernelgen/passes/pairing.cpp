@@ -134,13 +134,14 @@ public:
     Pairer(const Graph& g, const Sections& s, const std::vector<std::pair<int, int>>& pairs)
         : g_(g), single_(g.nodes().size(), -1), role_(g.nodes().size(), {-1, false})
     {
+        out_.copySectionsOf(g);
         for (const auto& [a, b] : pairs) {
-            const int label = out_.sectionNamed(g.sections()[a] + " and " + g.sections()[b]);
+            const int section = out_.pairSections(a, b);
             for (size_t k = 0; k < s.nodes[a].size(); ++k) {
                 const int id = static_cast<int>(members_.size());
                 members_.push_back({s.nodes[a][k], s.nodes[b][k]});
                 sectionOf_.push_back({a, b});
-                label_.push_back(label);
+                pairedSection_.push_back(section);
                 role_[s.nodes[a][k]] = {id, false};
                 role_[s.nodes[b][k]] = {id, true};
             }
@@ -172,18 +173,16 @@ private:
         bool high;
     };
 
-    // A copied node keeps its stage comment.
+    // A copied node keeps its section.
     template <class Make>
     int place(size_t original, Make make)
     {
         const size_t before = out_.nodes().size();
         const int v = make();
         const int section = g_.nodes()[original].section;
-        if (section >= 0) {
-            const int label = out_.sectionNamed(g_.sections()[section]);
+        if (section >= 0)
             for (size_t i = before; i < out_.nodes().size(); ++i)
-                out_.placeInSection(static_cast<int>(i), label);
-        }
+                out_.placeInSection(static_cast<int>(i), section);
         return v;
     }
 
@@ -271,7 +270,7 @@ private:
         }
         for (size_t i = before; i < out_.nodes().size(); ++i)
             if (isWide(out_.nodes()[i].kind) && out_.nodes()[i].section < 0)
-                out_.placeInSection(static_cast<int>(i), label_[id]);
+                out_.placeInSection(static_cast<int>(i), pairedSection_[id]);
         building_[id] = false;
         return value_[id] = v;
     }
@@ -282,7 +281,7 @@ private:
     std::vector<Role> role_;
     std::vector<std::array<int, 2>> members_;
     std::vector<std::pair<int, int>> sectionOf_;
-    std::vector<int> label_;
+    std::vector<int> pairedSection_;
     std::vector<int> value_;
     std::vector<bool> building_;
     std::map<std::pair<int, int>, int> combined_;
