@@ -11,7 +11,6 @@
 // the result to a file writer. Output is deterministic; a file whose content
 // would not change is left untouched so that the build does not recompile
 // it.
-#include <array>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -46,12 +45,12 @@ void writeIfChanged(const std::string& path, const std::string& text)
         throw std::runtime_error("cannot write " + path);
 }
 
-// Families printed one file per size and element type: `types[0]` is the
-// binary32 element, `types[1]` the binary64 one.
+// Families printed one file per size and element type, named by their
+// element's suffix.
 struct SizedFamily {
     const char* command;
-    std::array<const char*, 2> types;
-    std::function<FramedKernelFile(bool single, int size)> sizeFile;
+    bool complex;
+    std::function<FramedKernelFile(Precision precision, int size)> sizeFile;
 };
 
 // Files printed whole: dispatchers, counts headers, pieces.
@@ -60,16 +59,13 @@ struct WholeFile {
     std::function<std::string(const Target& target, const std::string& invocation)> print;
 };
 
-RealType realType(bool single) { return single ? RealType::R32 : RealType::R64; }
-
 const std::vector<SizedFamily>& sizedFamilies()
 {
     static const std::vector<SizedFamily> families = {
-        {"dft-complex", {"32fc", "64fc"},
-         [](bool single, int n) { return complexSizeFile(single ? ComplexType::C32 : ComplexType::C64, n); }},
-        {"dft-real-forward", {"32f", "64f"}, [](bool single, int n) { return realForwardSizeFile(realType(single), n); }},
-        {"dft-real-inverse", {"32f", "64f"}, [](bool single, int n) { return realInverseSizeFile(realType(single), n); }},
-        {"hartley", {"32f", "64f"}, [](bool single, int n) { return hartleySizeFile(realType(single), n); }},
+        {"dft-complex", true, complexSizeFile},
+        {"dft-real-forward", false, realForwardSizeFile},
+        {"dft-real-inverse", false, realInverseSizeFile},
+        {"hartley", false, hartleySizeFile},
     };
     return families;
 }
@@ -132,7 +128,8 @@ int usage()
         targets += (targets.empty() ? "" : "|") + name;
     std::cerr << "usage: kernelgen [--target=<" << targets << ">] <command> <arguments> <out>\n";
     for (const SizedFamily& f : sizedFamilies())
-        std::cerr << "       " << f.command << " <" << f.types[0] << "|" << f.types[1] << "> <size>\n";
+        std::cerr << "       " << f.command << " <" << typeSuffix(Precision::Single, f.complex) << "|"
+                  << typeSuffix(Precision::Double, f.complex) << "> <size>\n";
     for (const WholeFile& f : wholeFiles())
         std::cerr << "       " << f.command << "\n";
     return 2;
@@ -164,9 +161,11 @@ int main(int argc, char** argv)
         for (const SizedFamily& f : sizedFamilies()) {
             if (command != f.command || args.size() != 4)
                 continue;
-            if (args[1] != f.types[0] && args[1] != f.types[1])
+            const bool single = args[1] == typeSuffix(Precision::Single, f.complex);
+            if (!single && args[1] != typeSuffix(Precision::Double, f.complex))
                 return usage();
-            const FramedKernelFile file = f.sizeFile(args[1] == f.types[0], std::stoi(args[2]));
+            const FramedKernelFile file =
+                f.sizeFile(single ? Precision::Single : Precision::Double, std::stoi(args[2]));
             writeIfChanged(out, printFramedKernelFile(lowered(file, target), invocation));
             return 0;
         }

@@ -100,17 +100,17 @@ struct Family {
     std::function<size_t(const FramedKernel& k, int size)> outputs;
 };
 
-std::vector<int> complexSizesOf(bool single) { return complexSizes(single ? ComplexType::C32 : ComplexType::C64); }
+std::vector<int> complexSizesOf(bool single) { return complexSizes(single ? Precision::Single : Precision::Double); }
 FramedKernelFile complexFile(bool single, int size)
 {
-    return complexSizeFile(single ? ComplexType::C32 : ComplexType::C64, size);
+    return complexSizeFile(single ? Precision::Single : Precision::Double, size);
 }
 std::vector<int> realSizesOf(bool) { return realSizes(); }
 
-template <FramedKernelFile (*sizeFile)(RealType, int)>
+template <FramedKernelFile (*sizeFile)(Precision, int)>
 FramedKernelFile realFile(bool single, int size)
 {
-    return sizeFile(single ? RealType::R32 : RealType::R64, size);
+    return sizeFile(single ? Precision::Single : Precision::Double, size);
 }
 
 size_t sizeOutputs(const FramedKernel&, int n) { return n; }
@@ -196,12 +196,12 @@ Bytes randomNumbers(size_t bytesPerNumber, size_t count, std::mt19937& random)
 } // namespace
 
 namespace kernelgen {
-void PrintTo(ComplexType type, std::ostream* out) { *out << (type == ComplexType::C32 ? "32fc" : "64fc"); }
+void PrintTo(Precision type, std::ostream* out) { *out << (type == Precision::Single ? "32fc" : "64fc"); }
 } // namespace kernelgen
 
 namespace {
 
-class Passes : public testing::TestWithParam<std::tuple<std::string, ComplexType>> {};
+class Passes : public testing::TestWithParam<std::tuple<std::string, Precision>> {};
 
 // Every target's passes (the pairing into 256-bit operations where it has
 // them, the scheduling) keep the bytes of each complex kernel's graph on
@@ -232,10 +232,10 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
 
 INSTANTIATE_TEST_SUITE_P(Targets, Passes,
                          testing::Combine(testing::ValuesIn(targetNames()),
-                                          testing::Values(ComplexType::C32, ComplexType::C64)),
-                         [](const testing::TestParamInfo<std::tuple<std::string, ComplexType>>& info) {
+                                          testing::Values(Precision::Single, Precision::Double)),
+                         [](const testing::TestParamInfo<std::tuple<std::string, Precision>>& info) {
                              return std::get<0>(info.param) +
-                                    (std::get<1>(info.param) == ComplexType::C32 ? "_32fc" : "_64fc");
+                                    (std::get<1>(info.param) == Precision::Single ? "_32fc" : "_64fc");
                          });
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "families/dft_complex.h"
 
-#include <cmath>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -382,8 +381,6 @@ const std::map<int, Road32>& roads32()
 
 // ---- Kernel graphs ----------------------------------------------------------
 
-const char* typeSuffix(ComplexType type) { return type == ComplexType::C32 ? "32fc" : "64fc"; }
-
 Graph build64(int size, Direction direction)
 {
     Graph g;
@@ -433,29 +430,20 @@ Graph build32(int size, Direction direction, const Road32& road)
 
 std::string directionName(Direction d) { return d == Direction::Forward ? "Forward" : "Inverse"; }
 
-std::string exportedName(ComplexType type, int size, Direction d)
+std::string exportedName(Precision type, int size, Direction d)
 {
     return std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") + std::to_string(size) +
-           "_" + typeSuffix(type);
+           "_" + typeSuffix(type, true);
 }
 
-// The three factors 1, 1/N, 1/sqrt(N). In binary64 1/sqrt(N) is the quotient
-// 1.0 / sqrt(N) with both steps rounded, not the correctly rounded value.
-std::array<Exact, 3> scaleFactors(ComplexType type, int size)
-{
-    if (type == ComplexType::C64)
-        return {1, 1.0 / size, 1.0 / std::sqrt(static_cast<double>(size))};
-    return {1, 1.0f / static_cast<float>(size), roundToFloat(1 / sqrtExact(size))};
-}
-
-FramedKernel complexKernel(ComplexType type, int size, Direction direction)
+FramedKernel complexKernel(Precision type, int size, Direction direction)
 {
     FramedKernel k;
     k.structName = directionName(direction);
     k.exportedName = exportedName(type, size, direction);
     k.scaleRow = directionName(direction);
     k.scaleFactors = scaleFactors(type, size);
-    if (type == ComplexType::C64) {
+    if (type == Precision::Double) {
         const auto road = roads64().find(size);
         if (road == roads64().end())
             throw std::invalid_argument("no 64fc road for this size");
@@ -479,10 +467,10 @@ FramedKernel complexKernel(ComplexType type, int size, Direction direction)
 
 } // namespace
 
-std::vector<int> complexSizes(ComplexType type)
+std::vector<int> complexSizes(Precision type)
 {
     std::vector<int> sizes;
-    if (type == ComplexType::C64)
+    if (type == Precision::Double)
         for (const auto& entry : roads64())
             sizes.push_back(entry.first);
     else
@@ -491,11 +479,11 @@ std::vector<int> complexSizes(ComplexType type)
     return sizes;
 }
 
-FramedKernelFile complexSizeFile(ComplexType type, int size)
+FramedKernelFile complexSizeFile(Precision type, int size)
 {
     FramedKernelFile file;
-    file.space = std::string("dft_") + typeSuffix(type) + "_" + std::to_string(size);
-    file.element = std::string("Tvk") + typeSuffix(type);
+    file.space = std::string("dft_") + typeSuffix(type, true) + "_" + std::to_string(size);
+    file.element = std::string("Tvk") + typeSuffix(type, true);
     for (Direction d : {Direction::Forward, Direction::Inverse})
         file.kernels.push_back(complexKernel(type, size, d));
     return file;
@@ -504,11 +492,11 @@ FramedKernelFile complexSizeFile(ComplexType type, int size)
 std::vector<SizeDispatcher> complexDispatchers()
 {
     std::vector<SizeDispatcher> dispatchers;
-    for (ComplexType type : {ComplexType::C32, ComplexType::C64})
+    for (Precision type : {Precision::Single, Precision::Double})
         for (Direction d : {Direction::Forward, Direction::Inverse}) {
-            const std::string element = std::string("Tvk") + typeSuffix(type);
+            const std::string element = std::string("Tvk") + typeSuffix(type, true);
             SizeDispatcher s{std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") +
-                                 typeSuffix(type),
+                                 typeSuffix(type, true),
                              element, element, 2, {}};
             for (int n = 2; n <= 64; ++n)
                 s.entries.push_back(exportedName(type, n, d));
@@ -523,11 +511,11 @@ CountsTable complexCounts()
                       "kComplexKernelCounts",
                       {{"const char*", "type"}, {"int", "size"}, {"bool", "inverse"}, {"bool", "twins"}},
                       {}};
-    for (ComplexType type : {ComplexType::C32, ComplexType::C64})
+    for (Precision type : {Precision::Single, Precision::Double})
         for (int size : complexSizes(type))
             for (Direction d : {Direction::Forward, Direction::Inverse}) {
                 FramedKernel k = complexKernel(type, size, d);
-                table.rows.push_back({{std::string("\"") + typeSuffix(type) + "\"", std::to_string(size),
+                table.rows.push_back({{std::string("\"") + typeSuffix(type, true) + "\"", std::to_string(size),
                                        d == Direction::Inverse ? "true" : "false", k.twins ? "true" : "false"},
                                       std::move(k.graph)});
             }

@@ -4,17 +4,16 @@
 
 #include <vector>
 
+#include "core/element.h"
 #include "core/kernel.h"
 
 namespace kernelgen {
 
-enum class ComplexType { C32, C64 };
-
 // Sizes that have a road in this element type, ascending.
-std::vector<int> complexSizes(ComplexType type);
+std::vector<int> complexSizes(Precision type);
 
 // The forward and inverse kernels of one size and type.
-FramedKernelFile complexSizeFile(ComplexType type, int size);
+FramedKernelFile complexSizeFile(Precision type, int size);
 
 // The four size dispatchers.
 std::vector<SizeDispatcher> complexDispatchers();

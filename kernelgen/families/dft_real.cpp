@@ -12,10 +12,10 @@ namespace {
 
 // The forward graph of one size in CCS cells: R[k] to 2k, I[k] to 2k + 1,
 // the constant +0.0 to the imaginary cells of bin 0 and bin n/2.
-Graph forwardGraph(RealType type, int n)
+Graph forwardGraph(Precision type, int n)
 {
     Graph g;
-    const Kind kind = elementKind(type);
+    const Kind kind = numberKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
     const Signal X = runRoadOnLoads(ar, RoadSet::Forward, n);
     const SectionScope section(g, {"factor and stores"});
@@ -36,10 +36,10 @@ Graph forwardGraph(RealType type, int n)
 // The inverse graph of one size reading CCS cells: every interior part
 // doubled first, in the element type; the transposed forward road; each
 // output times the factor, in the element type, as its last operation.
-Graph inverseGraph(RealType type, int n)
+Graph inverseGraph(Precision type, int n)
 {
     Graph g;
-    const Kind kind = elementKind(type);
+    const Kind kind = numberKind(type);
     Signal bins(n / 2 + 1);
     {
         const SectionScope section(g, {"interior cells doubled"});
@@ -65,21 +65,21 @@ Graph inverseGraph(RealType type, int n)
     return g;
 }
 
-std::string exportedName(bool inverse, RealLayout layout, const std::string& size, RealType type)
+std::string exportedName(bool inverse, RealLayout layout, const std::string& size, Precision type)
 {
     const std::string family = inverse ? std::string("tvkgDFTInv_") + layoutName(layout) + "ToR"
                                        : std::string("tvkgDFTFwd_RTo") + layoutName(layout);
-    return family + "_" + size + (size.empty() ? "" : "_") + typeSuffix(type);
+    return family + "_" + size + (size.empty() ? "" : "_") + typeSuffix(type, false);
 }
 
 constexpr RealLayout kLayouts[] = {RealLayout::CCS, RealLayout::Pack, RealLayout::Perm};
 
-FramedKernelFile sizeFile(bool inverse, RealType type, int size)
+FramedKernelFile sizeFile(bool inverse, Precision type, int size)
 {
     FramedKernelFile file;
-    file.space = std::string(inverse ? "dft_real_inverse_" : "dft_real_") + typeSuffix(type) + "_" +
+    file.space = std::string(inverse ? "dft_real_inverse_" : "dft_real_") + typeSuffix(type, false) + "_" +
                  std::to_string(size);
-    file.element = std::string("Tvk") + typeSuffix(type);
+    file.element = std::string("Tvk") + typeSuffix(type, false);
     const Graph ccs = inverse ? inverseGraph(type, size) : forwardGraph(type, size);
     const std::string words = realRoadWords(inverse ? RoadSet::Inverse : RoadSet::Forward, size);
     for (RealLayout layout : kLayouts) {
@@ -91,7 +91,7 @@ FramedKernelFile sizeFile(bool inverse, RealType type, int size)
                           : std::string("Forward size-") + std::to_string(size) + " kernel into " +
                                 layoutName(layout) + ": " + words;
         k.scaleRow = inverse ? "Inverse" : "Forward";
-        k.scaleKind = elementKind(type);
+        k.scaleKind = numberKind(type);
         k.scaleLanes = 1;
         k.scaleFactors = scaleFactors(type, size);
         k.twins = false;
@@ -109,9 +109,9 @@ FramedKernelFile sizeFile(bool inverse, RealType type, int size)
 std::vector<SizeDispatcher> dispatchers(bool inverse)
 {
     std::vector<SizeDispatcher> result;
-    for (RealType type : {RealType::R32, RealType::R64})
+    for (Precision type : {Precision::Single, Precision::Double})
         for (RealLayout layout : kLayouts) {
-            const std::string element = std::string("Tvk") + typeSuffix(type);
+            const std::string element = std::string("Tvk") + typeSuffix(type, false);
             SizeDispatcher d{exportedName(inverse, layout, "", type), element, element, 2, {}};
             for (int n = 2; n <= 64; ++n)
                 d.entries.push_back(exportedName(inverse, layout, std::to_string(n), type));
@@ -126,17 +126,17 @@ CountsTable counts(bool inverse)
                       inverse ? "kRealInverseCounts" : "kRealForwardCounts",
                       {{"const char*", "type"}, {"int", "size"}},
                       {}};
-    for (RealType type : {RealType::R32, RealType::R64})
+    for (Precision type : {Precision::Single, Precision::Double})
         for (int size : realSizes())
-            table.rows.push_back({{std::string("\"") + typeSuffix(type) + "\"", std::to_string(size)},
+            table.rows.push_back({{std::string("\"") + typeSuffix(type, false) + "\"", std::to_string(size)},
                                   inverse ? inverseGraph(type, size) : forwardGraph(type, size)});
     return table;
 }
 
 } // namespace
 
-FramedKernelFile realForwardSizeFile(RealType type, int size) { return sizeFile(false, type, size); }
-FramedKernelFile realInverseSizeFile(RealType type, int size) { return sizeFile(true, type, size); }
+FramedKernelFile realForwardSizeFile(Precision type, int size) { return sizeFile(false, type, size); }
+FramedKernelFile realInverseSizeFile(Precision type, int size) { return sizeFile(true, type, size); }
 std::vector<SizeDispatcher> realForwardDispatchers() { return dispatchers(false); }
 std::vector<SizeDispatcher> realInverseDispatchers() { return dispatchers(true); }
 CountsTable realForwardCounts() { return counts(false); }

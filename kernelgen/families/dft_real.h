@@ -10,8 +10,8 @@
 namespace kernelgen {
 
 // The CCS, Pack and Perm kernels of one size and type, forward or inverse.
-FramedKernelFile realForwardSizeFile(RealType type, int size);
-FramedKernelFile realInverseSizeFile(RealType type, int size);
+FramedKernelFile realForwardSizeFile(Precision type, int size);
+FramedKernelFile realInverseSizeFile(Precision type, int size);
 
 // The six size dispatchers of each direction.
 std::vector<SizeDispatcher> realForwardDispatchers();

@@ -14,10 +14,10 @@ namespace {
 // the statement rule's one rounding); the butterfly and the factor are
 // operations of the element type, so no output needs a negation: the sign
 // of Im X[k] picks which of the pair is the sum.
-Graph hartleyGraph(RealType type, int n)
+Graph hartleyGraph(Precision type, int n)
 {
     Graph g;
-    const Kind kind = elementKind(type);
+    const Kind kind = numberKind(type);
     ScalarArith ar(g, Direction::Forward, kind, forwardRounding(type));
     const Signal X = runRoadOnLoads(ar, RoadSet::Hartley, n);
     const SectionScope section(g, {"butterflies of the parts, factor and stores"});
@@ -44,25 +44,25 @@ Graph hartleyGraph(RealType type, int n)
     return g;
 }
 
-std::string exportedName(const std::string& size, RealType type)
+std::string exportedName(const std::string& size, Precision type)
 {
-    return "tvkgHartley_" + size + (size.empty() ? "" : "_") + typeSuffix(type);
+    return "tvkgHartley_" + size + (size.empty() ? "" : "_") + typeSuffix(type, false);
 }
 
 } // namespace
 
-FramedKernelFile hartleySizeFile(RealType type, int size)
+FramedKernelFile hartleySizeFile(Precision type, int size)
 {
     FramedKernelFile file;
-    file.space = std::string("hartley_") + typeSuffix(type) + "_" + std::to_string(size);
-    file.element = std::string("Tvk") + typeSuffix(type);
+    file.space = std::string("hartley_") + typeSuffix(type, false) + "_" + std::to_string(size);
+    file.element = std::string("Tvk") + typeSuffix(type, false);
     FramedKernel k;
     k.structName = "Hartley";
     k.exportedName = exportedName(std::to_string(size), type);
     k.title = "Hartley size-" + std::to_string(size) + " kernel: " + realRoadWords(RoadSet::Hartley, size) +
               ", then the butterflies of the parts";
     k.scaleRow = "SelfInverse";
-    k.scaleKind = elementKind(type);
+    k.scaleKind = numberKind(type);
     k.scaleLanes = 1;
     k.scaleFactors = scaleFactors(type, size);
     k.twins = false;
@@ -74,8 +74,8 @@ FramedKernelFile hartleySizeFile(RealType type, int size)
 std::vector<SizeDispatcher> hartleyDispatchers()
 {
     std::vector<SizeDispatcher> result;
-    for (RealType type : {RealType::R32, RealType::R64}) {
-        const std::string element = std::string("Tvk") + typeSuffix(type);
+    for (Precision type : {Precision::Single, Precision::Double}) {
+        const std::string element = std::string("Tvk") + typeSuffix(type, false);
         SizeDispatcher d{exportedName("", type), element, element, 2, {}};
         for (int n = 2; n <= 64; ++n)
             d.entries.push_back(exportedName(std::to_string(n), type));
@@ -87,10 +87,10 @@ std::vector<SizeDispatcher> hartleyDispatchers()
 CountsTable hartleyCounts()
 {
     CountsTable table{"HartleyCounts", "kHartleyCounts", {{"const char*", "type"}, {"int", "size"}}, {}};
-    for (RealType type : {RealType::R32, RealType::R64})
+    for (Precision type : {Precision::Single, Precision::Double})
         for (int size : realSizes())
             table.rows.push_back(
-                {{std::string("\"") + typeSuffix(type) + "\"", std::to_string(size)}, hartleyGraph(type, size)});
+                {{std::string("\"") + typeSuffix(type, false) + "\"", std::to_string(size)}, hartleyGraph(type, size)});
     return table;
 }
 

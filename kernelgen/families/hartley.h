@@ -10,7 +10,7 @@
 
 namespace kernelgen {
 
-FramedKernelFile hartleySizeFile(RealType type, int size);
+FramedKernelFile hartleySizeFile(Precision type, int size);
 std::vector<SizeDispatcher> hartleyDispatchers();
 CountsTable hartleyCounts();
 

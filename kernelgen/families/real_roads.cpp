@@ -1,6 +1,5 @@
 #include "families/real_roads.h"
 
-#include <cmath>
 #include <map>
 #include <string>
 
@@ -225,22 +224,9 @@ Signal runRoadOnLoads(ScalarArith& ar, RoadSet set, int n)
 const RealTransform& realRoad(RoadSet set, int n) { return roads(set).at(n).real; }
 const std::string& realRoadWords(RoadSet set, int n) { return roads(set).at(n).words; }
 
-const char* typeSuffix(RealType type) { return type == RealType::R32 ? "32f" : "64f"; }
-Kind elementKind(RealType type) { return type == RealType::R32 ? Kind::F32 : Kind::F64; }
-
-// The factors 1, 1/N, 1/sqrt(N): in binary64 1/sqrt(N) is the quotient
-// 1.0 / sqrt(N) with both steps rounded, in binary32 the nearest value.
-std::array<Exact, 3> scaleFactors(RealType type, int size)
+RoundingPolicy forwardRounding(Precision type)
 {
-    if (type == RealType::R64)
-        return {1, 1.0 / size, 1.0 / std::sqrt(static_cast<double>(size))};
-    return {1, 1.0f / static_cast<float>(size), roundToFloat(1 / sqrtExact(size))};
-}
-
-
-RoundingPolicy forwardRounding(RealType type)
-{
-    return type == RealType::R32 ? RoundingPolicy::doubleRule() : RoundingPolicy::elementType();
+    return type == Precision::Single ? RoundingPolicy::doubleRule() : RoundingPolicy::elementType();
 }
 
 } // namespace kernelgen

@@ -1,20 +1,17 @@
-// What the real families share: the method of every size, and the element
-// types with their scale factors. The forward real DFT runs a size's road;
-// the inverse runs its transpose; the Hartley transform runs it and folds
-// the parts. Three road sets differ in the 11-point block only.
+// What the real families share: the method of every size. The forward
+// real DFT runs a size's road; the inverse runs its transpose; the Hartley
+// transform runs it and folds the parts. Three road sets differ in the 11-point block only.
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
+#include "core/element.h"
 #include "core/graph.h"
 #include "core/rounding.h"
 #include "methods/real.h"
 
 namespace kernelgen {
-
-enum class RealType { R32, R64 };
 
 // Forward: direct folding at 11 and in its multiples. Inverse: the
 // convolution form over 10 at 11, 22, 33, 44, 55, whose transpose is what
@@ -29,19 +26,12 @@ std::vector<int> realSizes();
 const RealTransform& realRoad(RoadSet set, int n);
 const std::string& realRoadWords(RoadSet set, int n);
 
-class ScalarArith;
-
 // The road of size n in a set, run by `ar` on n reals loaded from cells
 // 0 .. n-1: the half spectrum, before any factor.
 Signal runRoadOnLoads(ScalarArith& ar, RoadSet set, int n);
 
-const char* typeSuffix(RealType type);
-Kind elementKind(RealType type);
 // Rounding of the forward statements: the binary32 statement rule or
 // binary64 throughout.
-RoundingPolicy forwardRounding(RealType type);
-
-// The factors 1, 1/N, 1/sqrt(N) in the element type.
-std::array<Exact, 3> scaleFactors(RealType type, int size);
+RoundingPolicy forwardRounding(Precision type);
 
 } // namespace kernelgen
