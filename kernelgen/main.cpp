@@ -1,12 +1,14 @@
 // kernelgen: prints the straight-line kernels of the library.
 //
+//   kernelgen --roads
 //   kernelgen [--target=<sse2|avx2|portable>] <command> <arguments> <out>
 //     dft-complex <32fc|64fc> <size>
 //     <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size>
 //     <family>-dispatch, <family>-counts
 //     dct4-pieces, dct4-direct
 //
-// The driver asks a family table for the kernels of a command, runs every
+// --roads prints the road of every size of every family, as the kernels'
+// titles give it. The driver asks a family table for the kernels of a command, runs every
 // graph through the passes of the target (sse2 when none is named) and hands
 // the result to a file writer. Output is deterministic; a file whose content
 // would not change is left untouched so that the build does not recompile
@@ -121,12 +123,31 @@ const std::vector<WholeFile>& wholeFiles()
     return files;
 }
 
+// The road tables: one line per size, "  12  3 then 4, coprime join".
+void printRoads(std::ostream& out)
+{
+    const auto table = [&](const std::string& title, const std::vector<int>& sizes,
+                           const std::function<std::string(int)>& words) {
+        out << title << "\n";
+        for (int n : sizes)
+            out << (n < 10 ? "   " : "  ") << n << "  " << words(n) << "\n";
+    };
+    for (Precision p : {Precision::Single, Precision::Double})
+        table(std::string("dft-complex ") + typeSuffix(p, true), complexSizes(p),
+              [p](int n) { return complexRoadWords(p, n); });
+    const std::pair<const char*, RoadSet> real[] = {
+        {"dft-real-forward", RoadSet::Forward}, {"dft-real-inverse", RoadSet::Inverse}, {"hartley", RoadSet::Hartley}};
+    for (const auto& [name, set] : real)
+        table(name, realSizes(), [set](int n) { return realRoadWords(set, n); });
+}
+
 int usage()
 {
     std::string targets;
     for (const std::string& name : targetNames())
         targets += (targets.empty() ? "" : "|") + name;
-    std::cerr << "usage: kernelgen [--target=<" << targets << ">] <command> <arguments> <out>\n";
+    std::cerr << "usage: kernelgen --roads\n";
+    std::cerr << "       kernelgen [--target=<" << targets << ">] <command> <arguments> <out>\n";
     for (const SizedFamily& f : sizedFamilies())
         std::cerr << "       " << f.command << " <" << typeSuffix(Precision::Single, f.complex) << "|"
                   << typeSuffix(Precision::Double, f.complex) << "> <size>\n";
@@ -141,6 +162,10 @@ int main(int argc, char** argv)
 {
     try {
         std::vector<std::string> args(argv + 1, argv + argc);
+        if (args.size() == 1 && args[0] == "--roads") {
+            printRoads(std::cout);
+            return 0;
+        }
         std::string invocation;
         // The banner of a file names the command as typed, without the
         // default target.

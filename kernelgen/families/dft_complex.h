@@ -2,6 +2,7 @@
 // and the kernels, dispatchers and count table that the printer is given.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "core/element.h"
@@ -11,6 +12,8 @@ namespace kernelgen {
 
 // Sizes that have a road in this element type, ascending.
 std::vector<int> complexSizes(Precision type);
+// The words of the road of a size, as its kernels' titles give them.
+std::string complexRoadWords(Precision type, int size);
 
 // The forward and inverse kernels of one size and type.
 FramedKernelFile complexSizeFile(Precision type, int size);
