@@ -1,146 +1,107 @@
 #include "families/real_roads.h"
 
 #include <map>
+#include <stdexcept>
 #include <string>
 
-#include "arith/scalar_arith.h"
-#include "methods/codelets.h"
-#include "methods/convolution.h"
+#include "roads/build.h"
+#include "roads/words.h"
 
 namespace kernelgen {
 
 namespace {
 
-// A road holds the real transform of its size and, for the sizes that stand
-// as the second stage of a join, the complex transform of its complex rows.
-// Its words come from the calls that build it.
-struct RealRoad {
-    std::string words;
-    RealTransform real;
-    Transform complex;
-};
-
-Transform folded()
+// The complex transform of size n inside the real family (the complex rows
+// of a join, the blocks of a complex convolution form), from the forward
+// road of n: its codelet, the complex join of its stages, the plain
+// convolution form over p - 1; the even-odd roads of 8 and 16 stand for
+// the size-8 road and 4 then 4.
+RoadRef complexOf(const std::map<int, RoadRef>& forward, int n)
 {
-    return [](DftArith& ar, const Signal& x) {
-        return close(ar, foldedOddPairs(ar, binsOf(ar, x), DcOrder::SumThenX0));
+    const Road& real = *forward.at(n);
+    switch (real.method) {
+    case RoadMethod::Butterflies: return butterflies(n);
+    case RoadMethod::Folded: return folded(n);
+    case RoadMethod::Coprime:
+    case RoadMethod::Twiddled: {
+        const int n1 = real.stages[0].length, n2 = real.stages[1].length;
+        return joined(real.method, n1, stageOf(n1, complexOf(forward, n1)), n2, stageOf(n2, complexOf(forward, n2)));
+    }
+    case RoadMethod::Convolution: return convolutionOver(n, complexOf(forward, n - 1));
+    case RoadMethod::EvenOdd:
+        if (n == 8)
+            return size8();
+        if (n == 16)
+            return joined(RoadMethod::Twiddled, 4, stageOf(4, butterflies(4)), 4, stageOf(4, butterflies(4)));
+        break;
+    default: break;
+    }
+    throw std::logic_error("no complex road of this size");
+}
+
+// A join on real data: the first stage on the input, the second across,
+// whose complex rows run the complex road of its length.
+RoadRef realJoin(const std::map<int, RoadRef>& forward, RoadMethod method, int n1, const RoadRef& first, int n2,
+                 const RoadRef& second)
+{
+    return withStage(joined(method, n1, stageOf(n1, first), n2, stageOf(n2, second)),
+                     stageOf(n2, complexOf(forward, n2)));
+}
+
+// The even-odd recursion over the road of N/2: the twisted odd-bin stage
+// at 8 and 16, the four steps above, with plain butterflies inside.
+RoadRef evenOddOver(int N, const RoadRef& half)
+{
+    const RoadRef plain = butterflies(N == 8 || N == 32 ? 2 : 4);
+    return evenOdd(N, half, N >= 32 ? OddStage::FourStep : OddStage::Twisted, plain);
+}
+
+// A prime from 13: the convolution form on real data, nesting the forward
+// real road of m = p-1 on the way there and, on the way back, one whose
+// first stage joins x[r] with x[r + m/2] (the even-odd recursion, or a
+// coprime join with 2, 4 or 8 on the input side), transposed.
+RoadRef convolutionOn(const std::map<int, RoadRef>& forward, int p)
+{
+    const int m = p - 1;
+    RoadRef back = forward.at(m);
+    if ((m & (m - 1)) != 0) {
+        const int first = m % 8 == 0 ? 8 : m % 4 == 0 ? 4 : 2;
+        back = realJoin(forward, RoadMethod::Coprime, first, forward.at(first), m / first, forward.at(m / first));
+    }
+    Road road{RoadMethod::Convolution, p, {stageOf(m, forward.at(m)), stageOf(m, back)}};
+    return std::make_shared<const Road>(std::move(road));
+}
+
+// The roads of one set. The blocks inside the methods (the convolution
+// form's transforms, the complex rows of the joins) take the forward roads:
+// `done` once the forward set is built, the set itself while it is.
+std::map<int, RoadRef> buildRoads(RoadSet set, const std::map<int, RoadRef>& done)
+{
+    std::map<int, RoadRef> r;
+    const std::map<int, RoadRef>& forward = set == RoadSet::Forward ? r : done;
+    const auto coprimeOver = [&](const RoadRef& first, int a, int b) {
+        return realJoin(forward, RoadMethod::Coprime, a, first, b, r.at(b));
     };
-}
-
-Transform plainDft2() { return [](DftArith& ar, const Signal& x) { return dft2(ar, x); }; }
-Transform plainDft4() { return [](DftArith& ar, const Signal& x) { return dft4(ar, x); }; }
-
-RealRoad butterflies(int n)
-{
-    const Transform t = n == 2 ? plainDft2() : plainDft4();
-    return {"plain butterflies", halfOf(t), t};
-}
-
-RealRoad directFolding() { return {"direct folding", halfOf(folded()), folded()}; }
-
-RealRoad evenOddRoad(int N, const RealRoad& half)
-{
-    const Transform odd = N == 8    ? twistThen(8, plainDft2())
-                          : N == 16 ? twistThen(16, plainDft4())
-                                    : fourStep(N, N == 32 ? plainDft2() : plainDft4());
-    const RealTransform h = half.real;
-    const std::string stage = N >= 32 ? "the four-step odd-bin stage" : "the twisted complex odd-bin stage";
-    return {"even-odd recursion over the real size-" + std::to_string(N / 2) + ", " + stage,
-            [h, odd](ScalarArith& ar, const Signal& x) { return evenOdd(ar, x, h, odd); }, nullptr};
-}
-
-std::string part(int n, const RealRoad& road, bool codelet)
-{
-    return codelet ? std::to_string(n) : std::to_string(n) + " (" + road.words + ")";
-}
-
-const std::map<int, RealRoad>& roads();
-Transform complexOf(int n);
-
-// A join of real data: the first stage on the input, the second across.
-// The complex transforms of its stages are looked up when the join runs,
-// so that a stage may be a prime whose road is defined later.
-RealRoad joinRoad(const JoinMap& map, const char* how, const RealRoad& first, bool firstCodelet,
-                  const RealRoad& second, bool secondCodelet)
-{
-    const RealTransform f = first.real, sr = second.real;
-    RealRoad road;
-    road.words = part(map.n1, first, firstCodelet) + " then " + part(map.n2, second, secondCodelet) + ", " + how;
-    road.real = [=](ScalarArith& ar, const Signal& x) { return realJoin(ar, x, map, f, sr, complexOf(map.n2)); };
-    road.complex = [=](DftArith& ar, const Signal& x) {
-        return join(ar, x, map, Stage(complexOf(map.n1)), Stage(complexOf(map.n2)));
-    };
-    return road;
-}
-
-// The complex transform of size n inside this family: the road's own, or
-// for a prime from 13 the convolution form over the one of size p-1.
-Transform complexOf(int n)
-{
-    const RealRoad& road = roads().at(n);
-    if (road.complex)
-        return road.complex;
-    return [n](DftArith& ar, const Signal& x) { return convolution(ar, x, plainMethod(complexOf(n - 1))); };
-}
-
-// The real transform of size m on the way back of a convolution form: one
-// whose first stage joins x[r] with x[r + m/2] (the even-odd recursion, or
-// a coprime join with 2, 4 or 8 on the input side).
-RealTransform wayBack(int m)
-{
-    if ((m & (m - 1)) == 0)
-        return roads().at(m).real;
-    const int first = m % 8 == 0 ? 8 : m % 4 == 0 ? 4 : 2;
-    const JoinMap map = coprimeMap(first, m / first);
-    const RealTransform f = roads().at(first).real, s = roads().at(m / first).real;
-    return [=](ScalarArith& ar, const Signal& x) { return realJoin(ar, x, map, f, s, complexOf(map.n2)); };
-}
-
-// A prime from 13: the convolution form on real data, nesting the real
-// transform of size m = p-1 on the way there and its transposed halves on
-// the way back.
-RealRoad convolutionRoad(int p)
-{
-    return {"convolution form over " + std::to_string(p - 1),
-            [p](ScalarArith& ar, const Signal& x) {
-                return realConvolution(ar, x, roads().at(p - 1).real, wayBack(p - 1));
-            },
-            nullptr};
-}
-
-std::map<int, RealRoad> buildRoads(RoadSet set)
-{
-    std::map<int, RealRoad> r;
-    const auto coprimeOver = [&](const RealRoad& first, int a, bool firstCodelet, int b) {
-        return joinRoad(coprimeMap(a, b), "coprime join", first, firstCodelet, r.at(b), b <= 11);
-    };
-    const auto coprime = [&](int a, int b) { return coprimeOver(r.at(a), a, a <= 11, b); };
-    const auto primePower = [&](int q, int m) {
-        return joinRoad(twiddledMap(q, m), "Cooley-Tukey on the prime", r.at(q), true, r.at(m), m <= 11);
-    };
+    const auto coprime = [&](int a, int b) { return coprimeOver(r.at(a), a, b); };
+    const auto primePower = [&](int q, int m) { return realJoin(forward, RoadMethod::Twiddled, q, r.at(q), m, r.at(m)); };
+    const auto convolution = [&](int p) { return convolutionOn(forward, p); };
     r[2] = butterflies(2);
     r[4] = butterflies(4);
     for (int p : {3, 5, 7})
-        r[p] = directFolding();
-    r[11] = set == RoadSet::Inverse ? convolutionRoad(11) : directFolding();
-    // The 11-point block of 33, 44 and 55.
-    const RealRoad eleven = set == RoadSet::Forward ? r[11] : convolutionRoad(11);
-    const bool elevenCodelet = set == RoadSet::Forward;
-    r[8] = evenOddRoad(8, r[4]);
-    r[8].complex = [](DftArith& ar, const Signal& x) { return road8(ar, x); };
-    r[16] = evenOddRoad(16, r[8]);
-    r[16].complex = [](DftArith& ar, const Signal& x) {
-        return join(ar, x, twiddledMap(4, 4), Stage(plainDft4()), Stage(plainDft4()));
-    };
-    r[32] = evenOddRoad(32, r[16]);
-    r[64] = evenOddRoad(64, r[32]);
+        r[p] = folded(p);
+    r[8] = evenOddOver(8, r[4]);
+    r[16] = evenOddOver(16, r[8]);
+    r[32] = evenOddOver(32, r[16]);
+    r[64] = evenOddOver(64, r[32]);
+    // Forward: direct folding at 11 and in its multiples; inverse: the
+    // convolution form at 11 and in 33, 44 and 55; Hartley: in those three.
+    r[11] = set == RoadSet::Inverse ? convolution(11) : folded(11);
     r[9] = primePower(3, 3);
     r[25] = primePower(5, 5);
     r[27] = primePower(3, 9);
     r[49] = primePower(7, 7);
-    for (int p : {13, 17, 19, 23, 29, 31, 37, 41, 43, 47, 53, 59, 61})
-        r[p] = convolutionRoad(p);
-    // Good-Thomas sizes, the stage on the input first.
+    // Good-Thomas sizes, the stage on the input first, and the primes from
+    // 13 as soon as the roads they nest are there.
     r[6] = coprime(3, 2);
     r[10] = coprime(5, 2);
     r[12] = coprime(4, 3);
@@ -151,64 +112,66 @@ std::map<int, RealRoad> buildRoads(RoadSet set)
     r[21] = coprime(7, 3);
     r[22] = coprime(2, 11);
     r[24] = coprime(3, 8);
+    for (int p : {13, 17, 19, 23})
+        r[p] = convolution(p);
     r[26] = coprime(13, 2);
     r[28] = coprime(4, 7);
+    r[29] = convolution(29);
     r[30] = coprime(5, 6);
-    r[33] = coprimeOver(eleven, 11, elevenCodelet, 3);
+    r[31] = convolution(31);
     r[34] = coprime(2, 17);
     r[35] = coprime(7, 5);
     r[36] = coprime(9, 4);
+    r[37] = convolution(37);
     r[38] = coprime(19, 2);
     r[39] = coprime(13, 3);
     r[40] = coprime(8, 5);
+    r[41] = convolution(41);
     r[42] = coprime(7, 6);
-    r[44] = coprimeOver(eleven, 11, elevenCodelet, 4);
+    r[43] = convolution(43);
     r[45] = coprime(5, 9);
     r[46] = coprime(2, 23);
+    r[47] = convolution(47);
     r[48] = coprime(16, 3);
     r[50] = coprime(25, 2);
     r[51] = coprime(17, 3);
     r[52] = coprime(13, 4);
+    r[53] = convolution(53);
     r[54] = coprime(2, 27);
-    r[55] = coprimeOver(eleven, 11, elevenCodelet, 5);
     r[56] = coprime(7, 8);
     r[57] = coprime(19, 3);
     r[58] = coprime(2, 29);
+    r[59] = convolution(59);
     r[60] = coprime(3, 20);
+    r[61] = convolution(61);
     r[62] = coprime(31, 2);
     r[63] = coprime(7, 9);
+    const RoadRef eleven = set == RoadSet::Forward ? r[11] : convolution(11);
+    r[33] = coprimeOver(eleven, 11, 3);
+    r[44] = coprimeOver(eleven, 11, 4);
+    r[55] = coprimeOver(eleven, 11, 5);
     // The inverse kernel of size 8 multiplies each odd-bin adjoint by c and
     // then joins the two products; the size-8 blocks of the larger inverse
     // sizes, taken above, keep the twist of the forward kernel.
-    if (set == RoadSet::Inverse) {
-        const RealTransform four = r.at(4).real;
-        r[8] = {"even-odd recursion over the real size-4, the complex odd-bin stage with its twist summed first",
-                [four](ScalarArith& ar, const Signal& x) {
-                    return evenOdd(ar, x, four, summedTwistThen(plainDft2()));
-                },
-                nullptr};
-    }
+    if (set == RoadSet::Inverse)
+        r[8] = evenOdd(8, r.at(4), OddStage::TwistSummed, butterflies(2));
     return r;
 }
 
-const std::map<int, RealRoad>& roads(RoadSet set)
+const std::map<int, RoadRef>& roads(RoadSet set)
 {
-    static const std::map<int, RealRoad> forward = buildRoads(RoadSet::Forward);
-    static const std::map<int, RealRoad> inverse = buildRoads(RoadSet::Inverse);
-    static const std::map<int, RealRoad> hartley = buildRoads(RoadSet::Hartley);
+    static const std::map<int, RoadRef> forward = buildRoads(RoadSet::Forward, {});
+    static const std::map<int, RoadRef> inverse = buildRoads(RoadSet::Inverse, forward);
+    static const std::map<int, RoadRef> hartley = buildRoads(RoadSet::Hartley, forward);
     return set == RoadSet::Forward ? forward : set == RoadSet::Inverse ? inverse : hartley;
 }
-
-// The roads inside the methods (the blocks of the convolution form and the
-// complex rows of the joins) are the forward ones.
-const std::map<int, RealRoad>& roads() { return roads(RoadSet::Forward); }
 
 } // namespace
 
 std::vector<int> realSizes()
 {
     std::vector<int> sizes;
-    for (const auto& entry : roads())
+    for (const auto& entry : roads(RoadSet::Forward))
         sizes.push_back(entry.first);
     return sizes;
 }
@@ -221,8 +184,8 @@ Signal runRoadOnLoads(ScalarArith& ar, RoadSet set, int n)
     return realRoad(set, n)(ar, x);
 }
 
-const RealTransform& realRoad(RoadSet set, int n) { return roads(set).at(n).real; }
-const std::string& realRoadWords(RoadSet set, int n) { return roads(set).at(n).words; }
+RealTransform realRoad(RoadSet set, int n) { return realTransformOf(*roads(set).at(n)); }
+std::string realRoadWords(RoadSet set, int n) { return realWordsOf(*roads(set).at(n)); }
 
 RoundingPolicy forwardRounding(Precision type)
 {

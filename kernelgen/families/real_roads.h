@@ -23,8 +23,8 @@ enum class RoadSet { Forward, Inverse, Hartley };
 std::vector<int> realSizes();
 
 // The real transform of size n in a road set, and its description.
-const RealTransform& realRoad(RoadSet set, int n);
-const std::string& realRoadWords(RoadSet set, int n);
+RealTransform realRoad(RoadSet set, int n);
+std::string realRoadWords(RoadSet set, int n);
 
 // The road of size n in a set, run by `ar` on n reals loaded from cells
 // 0 .. n-1: the half spectrum, before any factor.

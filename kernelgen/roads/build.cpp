@@ -59,7 +59,43 @@ Method convolutionOf(const Road& road)
     return plainMethod([used](DftArith& ar, const Signal& x) { return convolution(ar, x, used); });
 }
 
+Transform oddStageOf(const Road& road)
+{
+    const Transform plain = methodOf(*road.stages[1].road).plain;
+    switch (road.oddStage) {
+    case OddStage::Twisted: return twistThen(road.size, plain);
+    case OddStage::TwistSummed: return summedTwistThen(plain);
+    case OddStage::FourStep: return fourStep(road.size, plain);
+    }
+    throw std::logic_error("no such odd stage");
+}
+
 } // namespace
+
+RealTransform realTransformOf(const Road& road)
+{
+    switch (road.method) {
+    case RoadMethod::Butterflies:
+    case RoadMethod::Folded: return halfOf(methodOf(road).plain);
+    case RoadMethod::Coprime:
+    case RoadMethod::Twiddled: {
+        const JoinMap map = mapOf(road);
+        const RealTransform first = realTransformOf(*road.stages[0].road), second = realTransformOf(*road.stages[1].road);
+        const Transform rows = methodOf(*road.stages[2].road).plain;
+        return [=](ScalarArith& ar, const Signal& x) { return realJoin(ar, x, map, first, second, rows); };
+    }
+    case RoadMethod::Convolution: {
+        const RealTransform there = realTransformOf(*road.stages[0].road), back = realTransformOf(*road.stages[1].road);
+        return [=](ScalarArith& ar, const Signal& x) { return realConvolution(ar, x, there, back); };
+    }
+    case RoadMethod::EvenOdd: {
+        const RealTransform half = realTransformOf(*road.stages[0].road);
+        const Transform odd = oddStageOf(road);
+        return [=](ScalarArith& ar, const Signal& x) { return evenOdd(ar, x, half, odd); };
+    }
+    default: throw std::logic_error("no real form of this road");
+    }
+}
 
 JoinMap mapOf(const Road& road)
 {
@@ -83,9 +119,11 @@ Method methodOf(const Road& road)
     case RoadMethod::Interleaved: return joinOf(road);
     case RoadMethod::HalvingsAround: return halvingsOf(road);
     case RoadMethod::Convolution: return convolutionOf(road);
-    case RoadMethod::Chirp: break;
+    case RoadMethod::Chirp:   // runs across the lanes of a whole kernel only
+    case RoadMethod::EvenOdd: // real data only
+        break;
     }
-    throw std::logic_error("a chirp form runs across the lanes of a whole kernel only");
+    throw std::logic_error("no complex method of this road");
 }
 
 } // namespace kernelgen

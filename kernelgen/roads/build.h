@@ -3,11 +3,15 @@
 #pragma once
 
 #include "methods/pairs.h"
+#include "methods/real.h"
 #include "roads/road.h"
 
 namespace kernelgen {
 
 Method methodOf(const Road& road);
+// The real transform of a road on real data (methods/real.h).
+RealTransform realTransformOf(const Road& road);
+
 // The index map of a join road (Twiddled, Coprime, Interleaved).
 JoinMap mapOf(const Road& road);
 

@@ -44,6 +44,20 @@ RoadRef chirpOver(int p, const RoadRef& twiddled)
     return make({RoadMethod::Chirp, p, {stageOf(twiddled->size, twiddled)}});
 }
 
+RoadRef withStage(const RoadRef& road, const RoadStage& stage)
+{
+    Road r = *road;
+    r.stages.push_back(stage);
+    return make(std::move(r));
+}
+
+RoadRef evenOdd(int N, const RoadRef& half, OddStage odd, const RoadRef& oddPlain)
+{
+    Road road{RoadMethod::EvenOdd, N, {stageOf(N / 2, half), stageOf(N / 4, oddPlain)}};
+    road.oddStage = odd;
+    return make(std::move(road));
+}
+
 RoadStage stageOf(int length, const RoadRef& road) { return {length, road, 0, nullptr}; }
 
 RoadRef withDoubleRule(const RoadRef& road)

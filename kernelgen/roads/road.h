@@ -21,7 +21,15 @@ enum class RoadMethod {
     HalvingsAround, // 4 q, q odd: the halving steps of 4 around the odd stage
     Convolution,    // a prime p over a transform of length p - 1
     Chirp,          // a prime p over a twiddled transform of length M
+    EvenOdd,        // a power of two on real data: its even bins by the real
+                    // transform of half the length, its odd bins by a complex
+                    // stage of a quarter
 };
+
+// How the even-odd recursion forms its odd bins from z: the twist W_N^n
+// on z[n] then a plain transform; the same at N = 8 with the eighth-turn
+// twist summed before its product; or the four steps of N >= 32.
+enum class OddStage { Twisted, TwistSummed, FourStep };
 
 struct Road;
 using RoadRef = std::shared_ptr<const Road>;
@@ -40,7 +48,11 @@ struct Road {
     int size;
     // The stages in the order the data flows: a join's two, the odd stage
     // of HalvingsAround, the transform a convolution or chirp form runs
-    // over (Interleaved: p, then q p).
+    // over (Interleaved: p, then q p). On real data: a join's two real
+    // stages and the complex road of its second (its complex rows); the
+    // convolution form's real transform of p - 1 and the one it runs back
+    // transposed; the even-odd recursion's half and the plain transform
+    // of its odd stage.
     std::vector<RoadStage> stages;
     // Folded: X[0] summed from x[0] on, ((x0 + a1) + a2) + ..., where the
     // others take x0 + (a1 + a2 + ...).
@@ -56,6 +68,8 @@ struct Road {
     // Convolution: the inner transform leaves partner pairs open for the
     // products in pair form (64fc), rather than running plain.
     bool pairForm = false;
+    // EvenOdd.
+    OddStage oddStage = OddStage::Twisted;
 };
 
 // The roads of the codelets and the forms built of others.
@@ -67,6 +81,9 @@ RoadRef interleaved(int p, int q, const RoadRef& first, const RoadRef& second);
 RoadRef halvingsAround(int q, const RoadRef& odd);
 RoadRef convolutionOver(int p, const RoadRef& inner, bool pairForm = false);
 RoadRef chirpOver(int p, const RoadRef& twiddled);
+// The road of a size with one more stage (a real join's complex rows).
+RoadRef withStage(const RoadRef& road, const RoadStage& stage);
+RoadRef evenOdd(int N, const RoadRef& half, OddStage odd, const RoadRef& oddPlain);
 
 // A stage of one road on all its groups.
 RoadStage stageOf(int length, const RoadRef& road);

@@ -46,8 +46,34 @@ std::string wordsOf(const Road& road)
         return "convolution over " + number(road.size - 1) + (road.acrossLanes ? ", across its lanes" : "");
     case RoadMethod::Chirp:
         return "chirp over " + number(road.stages[0].length) + " (" + wordsOf(*road.stages[0].road) + ")";
+    case RoadMethod::EvenOdd: break;
     }
-    return "";
+    return realWordsOf(road);
+}
+
+std::string realWordsOf(const Road& road)
+{
+    // A stage up to 11 points, but for a convolution form, is named by its
+    // length alone.
+    const auto part = [](const RoadStage& stage) {
+        const bool byLength = stage.length <= 11 && stage.road->method != RoadMethod::Convolution;
+        return byLength ? number(stage.length) : number(stage.length) + " (" + realWordsOf(*stage.road) + ")";
+    };
+    switch (road.method) {
+    case RoadMethod::Butterflies: return "plain butterflies";
+    case RoadMethod::Folded: return "direct folding";
+    case RoadMethod::Coprime: return part(road.stages[0]) + " then " + part(road.stages[1]) + ", coprime join";
+    case RoadMethod::Twiddled:
+        return part(road.stages[0]) + " then " + part(road.stages[1]) + ", Cooley-Tukey on the prime";
+    case RoadMethod::Convolution: return "convolution form over " + number(road.size - 1);
+    case RoadMethod::EvenOdd: {
+        const char* stage = road.oddStage == OddStage::FourStep  ? "the four-step odd-bin stage"
+                            : road.oddStage == OddStage::Twisted ? "the twisted complex odd-bin stage"
+                                                                 : "the complex odd-bin stage with its twist summed first";
+        return "even-odd recursion over the real size-" + number(road.size / 2) + ", " + stage;
+    }
+    default: return wordsOf(road);
+    }
 }
 
 } // namespace kernelgen
