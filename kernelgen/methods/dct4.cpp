@@ -92,6 +92,15 @@ std::vector<Graph::Value> recombine(LaneArith& ar, const Signal& w)
 
 Cx loadComplex(Graph& g, Kind kind, int at) { return Cx{g.load(kind, at), g.load(kind, at + 1)}; }
 
+// n complex values as (Re, Im) pairs from `at` on.
+Signal loadComplexes(Graph& g, Kind kind, int n, int at)
+{
+    Signal z(n);
+    for (int c = 0; c < n; ++c)
+        z[c] = loadComplex(g, kind, at + 2 * c);
+    return z;
+}
+
 void storeComplex(LaneArith& ar, Cx z, int at)
 {
     ar.graph().store(ar.materialize(z.re, z.negRe), at);
@@ -189,9 +198,7 @@ Graph twiddlePiece(Kind kind, int s)
 {
     Graph g;
     LaneArith ar(g, kind);
-    Signal z(s);
-    for (int c = 0; c < s; ++c)
-        z[c] = loadComplex(g, kind, 2 * c);
+    const Signal z = loadComplexes(g, kind, s, 0);
     int pair = 0;
     auto nextTwiddle = [&] { return loadComplex(g, kind, 2 * s + 2 * pair++); };
     Signal f(s);
