@@ -14,7 +14,7 @@
 #include "arith/signs.h"
 #include "arith/split_arith.h"
 #include "core/statements.h"
-#include "core/transpose.h"
+#include "core/adjoint.h"
 #include "families/dft_complex.h"
 #include "families/dft_real.h"
 #include "families/hartley.h"
@@ -139,7 +139,7 @@ TEST_P(TransposeTest, IsTheAdjoint)
     const DftCase& c = GetParam();
     const size_t numbers = 2 * c.n;
     const Graph g = scalarDft(c.n, c.transform, c.anyAngle);
-    const Graph t = transpose(g);
+    const Graph t = adjoint(g);
     for (unsigned seed = 0; seed < 4; ++seed) {
         const std::vector<long double> x = randomVector(numbers, seed), y = randomVector(numbers, seed + 100);
         const long double lhs = dot(evaluate(g, x, numbers), y), rhs = dot(x, evaluate(t, y, numbers));
@@ -161,7 +161,7 @@ TEST_P(TransposeTest, OfTheDftIsTheDft)
     std::vector<long double> conj = x;
     for (size_t i = 1; i < numbers; i += 2)
         conj[i] = -conj[i];
-    std::vector<long double> viaTranspose = evaluate(transpose(g), conj, numbers);
+    std::vector<long double> viaTranspose = evaluate(adjoint(g), conj, numbers);
     for (size_t i = 1; i < numbers; i += 2)
         viaTranspose[i] = -viaTranspose[i];
     const std::vector<long double> direct = evaluate(g, x, numbers);
@@ -176,7 +176,7 @@ TEST_P(TransposeTest, TwiceIsTheOriginalMap)
     const size_t numbers = 2 * c.n;
     const Graph g = scalarDft(c.n, c.transform, c.anyAngle);
     const std::vector<long double> x = randomVector(numbers, 11);
-    const std::vector<long double> once = evaluate(g, x, numbers), twice = evaluate(transpose(transpose(g)), x, numbers);
+    const std::vector<long double> once = evaluate(g, x, numbers), twice = evaluate(adjoint(adjoint(g)), x, numbers);
     for (size_t i = 0; i < numbers; ++i)
         EXPECT_NEAR(static_cast<double>(twice[i]), static_cast<double>(once[i]), 1e-13) << c.name << " number " << i;
 }
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Methods, TransposeTest, ::testing::ValuesIn(dftCases())
 TEST(Transpose, SwapsLoadsWithStoresAndWidenWithNarrow)
 {
     const Graph g = scalarDft(5, folded5(), Kind::F32, RoundingPolicy::doubleRule(), false);
-    const Graph t = transpose(g);
+    const Graph t = adjoint(g);
     const auto count = [](const Graph& graph, Op op) {
         int c = 0;
         const std::vector<bool> live = graph.liveNodes();
@@ -210,7 +210,7 @@ TEST(Transpose, RefusesTheLanePatternsOfThe32fcLayout)
     Graph g;
     const Graph::Value a = g.load(Kind::V4F32, 0), b = g.load(Kind::V4F32, 4);
     g.store(g.shuffle(Shuffle::UnpackLo, a, b), 0);
-    EXPECT_THROW(transpose(g), std::logic_error);
+    EXPECT_THROW(adjoint(g), std::logic_error);
 }
 
 TEST(GraphConstant, ANameStandsForOneStoredValue)

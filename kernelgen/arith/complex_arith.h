@@ -2,8 +2,8 @@
 // builder writes a transform once in terms of Cx values; the element type's
 // arithmetic decides what a complex sum or product becomes:
 //
-//   PairArith     64fc: one complex number per two-lane binary64 vector
-//                 (pair_arith.h)
+//   InterleavedArith     64fc: one complex number per two-lane binary64 vector
+//                 (interleaved_arith.h)
 //   SplitArith    32fc: real and imaginary parts in separate values, either
 //                 four-lane vectors holding four independent butterflies or
 //                 scalars (sizes 2 to 5, with the double rule) (split_arith.h)
@@ -33,7 +33,7 @@ enum class Direction { Forward, Inverse };
 
 // A complex value. Its parts may carry a pending sign (negRe, negIm) that
 // the next addition absorbs by turning into a subtraction, so negations by
-// -1 and by +-i cost nothing. PairArith keeps the vector in `re`.
+// -1 and by +-i cost nothing. InterleavedArith keeps the vector in `re`.
 struct Cx {
     Graph::Value re = -1;
     Graph::Value im = -1;
@@ -93,7 +93,7 @@ protected:
     RoundingPolicy rounding_;
 };
 
-// The arithmetic of the DFT kernels (PairArith, SplitArith, ScalarArith),
+// The arithmetic of the DFT kernels (InterleavedArith, SplitArith, ScalarArith),
 // whose transforms hold convolution forms: products with complex constants,
 // known zeros, and the same arithmetic in the opposite direction.
 class DftArith : public ComplexArith {

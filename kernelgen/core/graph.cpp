@@ -21,7 +21,7 @@ bool isVector(Kind kind) { return laneCount(kind) > 1; }
 bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32 || kind == Kind::V8F32; }
 bool isWide(Kind kind) { return kind == Kind::V4F64 || kind == Kind::V8F32; }
 
-Kind wideOf(Kind half)
+Kind wideKind(Kind half)
 {
     switch (half) {
     case Kind::V2F64: return Kind::V4F64;
@@ -30,7 +30,7 @@ Kind wideOf(Kind half)
     }
 }
 
-Kind halfOf(Kind wide)
+Kind halfKind(Kind wide)
 {
     switch (wide) {
     case Kind::V4F64: return Kind::V2F64;
@@ -172,21 +172,21 @@ Graph::Value Graph::shuffle(Shuffle pattern, Value a, Value b)
 
 Graph::Value Graph::combine(Value low, Value high)
 {
-    Node node{Op::Shuffle, wideOf(nodes_[low].kind), low, high};
+    Node node{Op::Shuffle, wideKind(nodes_[low].kind), low, high};
     node.pattern = Shuffle::Combine;
     return push(node);
 }
 
 Graph::Value Graph::half(Value v, bool high)
 {
-    Node node{Op::Shuffle, halfOf(nodes_[v].kind), v};
+    Node node{Op::Shuffle, halfKind(nodes_[v].kind), v};
     node.pattern = high ? Shuffle::HighHalf : Shuffle::LowHalf;
     return push(node);
 }
 
 Graph::Value Graph::loadHalves(Kind half, int lowOffset, int highOffset)
 {
-    Node node{Op::Load, wideOf(half)};
+    Node node{Op::Load, wideKind(half)};
     node.offset = lowOffset;
     node.offset2 = highOffset;
     return push(node);

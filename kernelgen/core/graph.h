@@ -23,8 +23,8 @@ bool isVector(Kind kind);
 bool isSingle(Kind kind); // binary32 lanes
 // 256-bit vectors (the avx2 level) and the 128-bit vectors of their halves.
 bool isWide(Kind kind);
-Kind wideOf(Kind half);
-Kind halfOf(Kind wide);
+Kind wideKind(Kind half);
+Kind halfKind(Kind wide);
 
 enum class Op {
     Load,      // element `offset` (in numbers) of src

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "arith/pair_arith.h"
+#include "arith/interleaved_arith.h"
 #include "methods/lane_split.h"
 #include "roads/build.h"
 #include "roads/words.h"
@@ -213,7 +213,7 @@ std::string roadWords32(const Road& road) { return (road.acrossLanes ? "" : "sca
 Graph build64(int size, Direction direction)
 {
     Graph g;
-    PairArith ar(g, direction);
+    InterleavedArith ar(g, direction);
     Signal x(size);
     for (int i = 0; i < size; ++i)
         x[i] = ar.load(i);

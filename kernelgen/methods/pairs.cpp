@@ -82,7 +82,7 @@ void setPair(PairedOutput& X, int k, Cx h, const Diff& d)
 
 // The half and difference of output pair k of y, as seen from k; a bin that
 // is its own partner is its own half.
-Cx halfOf(const PairedOutput& y, int k) { return y.isOpen(k) ? y.halfAt(k) : y.bin[k]; }
+Cx halfOrBin(const PairedOutput& y, int k) { return y.isOpen(k) ? y.halfAt(k) : y.bin[k]; }
 
 bool selfPartner(int k, int n) { return mod(-k, n) == k; }
 
@@ -319,7 +319,7 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
         }
         const PairedOutput FS = first.pairedOut(ar, s), FT = first.pairedOut(ar, t);
         for (int k1 = 0; k1 < n1; ++k1) {
-            Cx u = halfOf(FS, k1), v = halfOf(FT, k1);
+            Cx u = halfOrBin(FS, k1), v = halfOrBin(FT, k1);
             if (!selfPartner(k1, n1)) {
                 u = ar.add(FS.halfAt(k1), FT.diffAt(k1));
                 v = ar.add(FS.diffAt(k1), FT.halfAt(k1));

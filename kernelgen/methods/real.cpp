@@ -10,7 +10,7 @@
 #include "arith/scalar_arith.h"
 #include "core/inline.h"
 #include "core/statements.h"
-#include "core/transpose.h"
+#include "core/adjoint.h"
 #include "methods/codelets.h"
 #include "methods/convolution.h"
 
@@ -67,7 +67,7 @@ private:
 
 } // namespace
 
-RealTransform halfOf(const Transform& complexMethod)
+RealTransform halfSpectrumOf(const Transform& complexMethod)
 {
     return [complexMethod](ScalarArith& ar, const Signal& x) {
         Signal X = complexMethod(ar, x);
@@ -240,7 +240,7 @@ Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, con
     ForwardBlock block;
     buildForwardBlock(block, *ar.onGraph(block.graph), forward, n, bins.size());
     const auto inputs = adjointInputs(block, bins, [&](Graph::Value v) { return ar.variable(v); });
-    return realsOf(inlineGraph(ar.graph(), transpose(block.graph), inputs), n);
+    return realsOf(inlineGraph(ar.graph(), adjoint(block.graph), inputs), n);
 }
 
 Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins)
@@ -249,7 +249,7 @@ Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward,
     ScalarArith wide(block.graph, Direction::Forward, Kind::F64, RoundingPolicy::elementType());
     buildForwardBlock(block, wide, forward, n, bins.size());
     const auto inputs = adjointInputs(block, bins, [](Graph::Value v) { return v; });
-    return realsOf(inlineAsStatements(g, transpose(block.graph), inputs, element), n);
+    return realsOf(inlineAsStatements(g, adjoint(block.graph), inputs, element), n);
 }
 
 namespace {

@@ -15,7 +15,7 @@ namespace kernelgen {
 using RealTransform = std::function<Signal(ScalarArith&, const Signal&)>;
 
 // The half spectrum of a complex method run on real data.
-RealTransform halfOf(const Transform& complexMethod);
+RealTransform halfSpectrumOf(const Transform& complexMethod);
 
 // The even-odd recursion, N a power of two: with s[n] = x[n] + x[n+N/2] and
 // d[n] = x[n] - x[n+N/2], the even bins are the real transform `half` of s,

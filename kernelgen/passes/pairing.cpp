@@ -241,7 +241,7 @@ private:
                 std::vector<Exact> lanes = cx.lanes;
                 lanes.insert(lanes.end(), cy.lanes.begin(), cy.lanes.end());
                 const std::string name = x == y ? cx.name + "Twice" : cx.name + "_" + cy.name.substr(1);
-                return combined_[{x, y}] = constantOf(cx, name, wideOf(cx.kind), lanes);
+                return combined_[{x, y}] = constantOf(cx, name, wideKind(cx.kind), lanes);
             }
         }
         return combined_[{x, y}] = out_.combine(single(x), single(y));

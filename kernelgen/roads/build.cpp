@@ -76,7 +76,7 @@ RealTransform realTransformOf(const Road& road)
 {
     switch (road.method) {
     case RoadMethod::Butterflies:
-    case RoadMethod::Folded: return halfOf(methodOf(road).plain);
+    case RoadMethod::Folded: return halfSpectrumOf(methodOf(road).plain);
     case RoadMethod::Coprime:
     case RoadMethod::Twiddled: {
         const JoinMap map = mapOf(road);

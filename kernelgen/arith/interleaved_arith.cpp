@@ -1,4 +1,4 @@
-#include "arith/pair_arith.h"
+#include "arith/interleaved_arith.h"
 
 #include <string>
 
@@ -6,14 +6,14 @@
 
 namespace kernelgen {
 
-Cx PairArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }
+Cx InterleavedArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }
 
-void PairArith::storeScaled(Cx x, int element, Graph::Value scale)
+void InterleavedArith::storeScaled(Cx x, int element, Graph::Value scale)
 {
     graph_.store(graph_.mul(materialize(x), scale), 2 * element);
 }
 
-Graph::Value PairArith::materialize(Cx a)
+Graph::Value InterleavedArith::materialize(Cx a)
 {
     if (!a.negRe && !a.negIm)
         return a.re;
@@ -21,9 +21,9 @@ Graph::Value PairArith::materialize(Cx a)
     return graph_.bitXor(a.re, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
 }
 
-Cx PairArith::zero() { return Cx{graph_.constant("kZero", Kind::V2F64, {0, 0})}; }
+Cx InterleavedArith::zero() { return Cx{graph_.constant("kZero", Kind::V2F64, {0, 0})}; }
 
-Cx PairArith::add(Cx a, Cx b)
+Cx InterleavedArith::add(Cx a, Cx b)
 {
     if (isZero(a))
         return b;
@@ -38,7 +38,7 @@ Cx PairArith::add(Cx a, Cx b)
     return Cx{v, -1, neg, neg};
 }
 
-Cx PairArith::mulReal(Cx a, Trig c)
+Cx InterleavedArith::mulReal(Cx a, Trig c)
 {
     if (isZero(a))
         return a;
@@ -52,7 +52,7 @@ Cx PairArith::mulReal(Cx a, Trig c)
 }
 
 // (re, im) * i = (-im, re): swap the lanes, flip the new low lane.
-Cx PairArith::timesI(Cx a)
+Cx InterleavedArith::timesI(Cx a)
 {
     const bool whole = a.negRe && a.negIm;
     const Graph::Value v = whole ? a.re : materialize(a);
@@ -60,14 +60,14 @@ Cx PairArith::timesI(Cx a)
     return Cx{graph_.bitXor(swapped, graph_.signMask("kNegateLow", Kind::V2F64, {true, false})), -1, whole, whole};
 }
 
-Cx PairArith::timesW4(Cx a)
+Cx InterleavedArith::timesW4(Cx a)
 {
     if (isZero(a))
         return a;
     return direction_ == Direction::Forward ? neg(timesI(a)) : timesI(a);
 }
 
-Cx PairArith::rotate(Cx a, int n, int e)
+Cx InterleavedArith::rotate(Cx a, int n, int e)
 {
     const Rotation rotation = classifyRotation(n, exponentSign() * e);
     const int r = rotation.r;
@@ -93,7 +93,7 @@ Cx PairArith::rotate(Cx a, int n, int e)
     return add(p, q);
 }
 
-Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
+Cx InterleavedArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
 {
     if (isZero(a) || (re == 0 && im == 0))
         return zero();
@@ -113,9 +113,9 @@ Cx PairArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
     return re != 0 ? add(p, q) : q;
 }
 
-std::unique_ptr<DftArith> PairArith::reversed() const
+std::unique_ptr<DftArith> InterleavedArith::reversed() const
 {
-    return std::make_unique<PairArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
+    return std::make_unique<InterleavedArith>(graph_, direction_ == Direction::Forward ? Direction::Inverse
                                                                                 : Direction::Forward);
 }
 

@@ -1,4 +1,4 @@
-#include "core/transpose.h"
+#include "core/adjoint.h"
 
 #include <stdexcept>
 
@@ -134,6 +134,6 @@ private:
 
 } // namespace
 
-Graph transpose(const Graph& g) { return Transposer(g).run(); }
+Graph adjoint(const Graph& g) { return Transposer(g).run(); }
 
 } // namespace kernelgen

@@ -1,4 +1,4 @@
-// The transpose of a linear kernel graph: the graph of the adjoint map,
+// The adjoint (transpose) of a linear kernel graph: the graph of the map
 // which reads where the original writes and writes where it reads. The
 // inverse of a real transform is the transposed graph of the forward one
 // up to its factors, so the inverse families are built from the forward
@@ -19,6 +19,6 @@ namespace kernelgen {
 // in which the transpose reaches them (the original's last use first).
 // Half-vector moves and the lane patterns of the 32fc layout have no
 // adjoint here; such a graph is refused.
-Graph transpose(const Graph& g);
+Graph adjoint(const Graph& g);
 
 } // namespace kernelgen

@@ -6,7 +6,7 @@
 
 namespace kernelgen {
 
-class PairArith : public DftArith {
+class InterleavedArith : public DftArith {
 public:
     using DftArith::DftArith;
     Cx load(int element);
