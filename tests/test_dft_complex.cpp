@@ -15,20 +15,6 @@ using namespace tvktest;
 
 namespace {
 
-// Interleaved random data of the kernel's element type, as bytes.
-std::vector<unsigned char> randomInput(const ComplexKernel& k, unsigned seed)
-{
-    std::vector<unsigned char> bytes(2 * k.size * k.realBytes());
-    if (k.is64()) {
-        const auto v = randomReals<double>(2 * k.size, seed);
-        std::memcpy(bytes.data(), v.data(), bytes.size());
-    } else {
-        const auto v = randomReals<float>(2 * k.size, seed);
-        std::memcpy(bytes.data(), v.data(), bytes.size());
-    }
-    return bytes;
-}
-
 // 32fc 47 and 59 take the chirp form, whose chirp products round even an
 // impulse.
 bool takesChirpForm(const ComplexKernel& k) { return !k.is64() && (k.size == 47 || k.size == 59); }

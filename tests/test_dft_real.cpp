@@ -1,16 +1,15 @@
-// What the forward real kernels compute, expanded over the kernels of the
-// build (type, size, layout) and flags; their frame is tested with the
-// other families on real data.
+// What the kernels on real data compute (forward into a layout, inverse
+// from one, Hartley), expanded over the kernels of the build (family, type,
+// size, layout) and flags; their frame is tested in test_real_frame.cpp.
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <cstring>
 #include <limits>
+#include <numbers>
 #include <vector>
 
-#include "dft_real_forward_counts.h"
-#include "real_inputs.h"
+#include "real_kernels.h"
 
 using namespace tvktest;
 
@@ -18,76 +17,162 @@ namespace {
 
 bool isPositiveZero(long double v) { return v == 0 && !std::signbit(v); }
 
-class RealForwardTest : public ::testing::TestWithParam<RealKernel> {
+// The unscaled definition in long double, in the kernel's output cells:
+// X[k] = sum x[j] e^(-2 pi i jk/N) into the layout; y[j] = R[0] + (-1)^j
+// R[N/2] + 2 sum (R[k] cos - I[k] sin), I[0] and I[N/2] unread; H[k] = sum
+// x[j] (cos + sin). Sums start at +0, so zeros give +0 and a unit in cell 0
+// gives exactly 1 or +0.
+std::vector<long double> definition(const RealKernel& k, const std::vector<unsigned char>& input)
+{
+    const int n = k.size;
+    const auto x = [&](int i) { return numberAt(k, input.data(), i); };
+    const auto angle = [n](long long a, long long b) {
+        return 2 * std::numbers::pi_v<long double> * (a * b % n) / n;
+    };
+    std::vector<long double> out(k.outCells(), 0.0L);
+    if (k.family == RealFamily::Inverse) {
+        const auto spectrum = [&](int b, bool imaginary) {
+            const int cell = cellOf(k.layout, n, b, imaginary);
+            return cell < 0 ? 0 : x(cell);
+        };
+        for (int j = 0; j < n; ++j) {
+            out[j] += spectrum(0, false) + (n % 2 ? 0 : (j % 2 ? -1 : 1) * spectrum(n / 2, false));
+            for (int b = 1; 2 * b < n; ++b)
+                out[j] += 2 * (spectrum(b, false) * std::cos(angle(j, b)) - spectrum(b, true) * std::sin(angle(j, b)));
+        }
+        return out;
+    }
+    for (int b = 0; b < (k.family == RealFamily::Hartley ? n : n / 2 + 1); ++b)
+        for (bool imaginary : {false, true}) {
+            const int cell = k.family == RealFamily::Hartley ? (imaginary ? -1 : b) : cellOf(k.layout, n, b, imaginary);
+            for (int j = 0; cell >= 0 && j < n; ++j) {
+                const long double c = std::cos(angle(j, b)), s = std::sin(angle(j, b));
+                out[cell] += x(j) * (k.family == RealFamily::Hartley ? c + s : imaginary ? -s : c);
+            }
+        }
+    return out;
+}
+
+class RealKernelTest : public ::testing::TestWithParam<RealKernel> {
 protected:
     const RealKernel& k = GetParam();
-    std::vector<unsigned char> run(const std::vector<unsigned char>& input, int flag) const
+    // A few units of the element type times log2 N sqrt N.
+    long double bound(int units) const
     {
-        return runKernel(k, input, flag);
+        const long double eps = k.is64() ? std::numeric_limits<double>::epsilon() : std::numeric_limits<float>::epsilon();
+        return units * eps * std::log2(k.size + 1.0L) * std::sqrt(k.size + 0.0L);
+    }
+    std::vector<unsigned char> unitInput() const
+    {
+        auto input = filledInput(k, 0);
+        setNumber(k, input.data(), 0, 1);
+        return input;
     }
 };
 
-// Against a long-double direct DFT, under every flag, to a bound a few
-// units of the element type times log2 N.
-TEST_P(RealForwardTest, AgreesWithTheDefinition)
+TEST_P(RealKernelTest, AgreesWithTheDefinition)
 {
-    const long double eps = k.is64() ? std::numeric_limits<double>::epsilon() : std::numeric_limits<float>::epsilon();
-    for (unsigned seed = 0; seed < 3; ++seed) {
-        const auto input = randomInput(k, 10 + seed);
-        std::vector<std::complex<long double>> x(k.size);
-        for (int i = 0; i < k.size; ++i)
-            x[i] = numberAt(k, input.data(), i);
-        const auto X = directDft(x, false);
+    for (unsigned seed = 10; seed < 13; ++seed) {
+        const auto input = randomInput(k, seed);
+        const auto want = definition(k, input);
         for (int flag : kGoodFlags) {
-            const auto out = run(input, flag);
+            const auto out = runKernel(k, input, flag);
+            ASSERT_FALSE(out.empty());
             const long double f = scaleOf(k, flag);
-            const long double bound = 8 * eps * std::log2(static_cast<long double>(k.size) + 1) * std::sqrt(k.size) * f;
-            for (int b = 0; 2 * b <= k.size; ++b)
-                for (bool imaginary : {false, true}) {
-                    const int cell = cellOf(k.layout, k.size, b, imaginary);
-                    if (cell < 0)
-                        continue;
-                    const long double want = (imaginary ? X[b].imag() : X[b].real()) * f;
-                    EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), cell)), static_cast<double>(want),
-                                static_cast<double>(bound))
-                        << (imaginary ? "I[" : "R[") << b << "] flag " << flag;
-                }
+            for (int c = 0; c < k.outCells(); ++c)
+                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), c)), static_cast<double>(want[c] * f),
+                            static_cast<double>(bound(k.family == RealFamily::Forward ? 8 : 16) * f))
+                    << "cell " << c << " flag " << flag << " seed " << seed;
         }
     }
 }
 
-// The tests of one size and type across layouts, run from its CCS kernel.
-using RealForwardSizeTest = RealForwardTest;
+// A unit in cell 0 (an impulse, or R[0] = 1) gives the bare stored factor
+// in every cell the definition makes 1 and +0.0 in every other (the
+// imaginary cells of a forward kernel); zeros give +0.0 everywhere, also
+// where a graph ends in a negation.
+TEST_P(RealKernelTest, UnitAndZeroInputsGiveTheFactorAndPositiveZeros)
+{
+    for (int flag : kGoodFlags) {
+        const long double f = scaleOf(k, flag);
+        const auto want = definition(k, unitInput());
+        const auto unit = runKernel(k, unitInput(), flag), zeros = runKernel(k, filledInput(k, 0), flag);
+        for (int c = 0; c < k.outCells(); ++c) {
+            const long double got = numberAt(k, unit.data(), c);
+            EXPECT_TRUE(want[c] == 0 ? isPositiveZero(got) : got == f) << "cell " << c << " flag " << flag;
+            EXPECT_TRUE(isPositiveZero(numberAt(k, zeros.data(), c))) << "cell " << c << " flag " << flag;
+        }
+    }
+}
 
-// A value has the same bits in every layout; Pack and Perm are one array at
-// odd N and at 2.
+// Flags that pick the same factor give the same bytes: 2 and 8 forward, 1
+// and 8 inverse, 1 and 2 in the Hartley kernels.
+TEST_P(RealKernelTest, FlagsOfOneFactorGiveOneResult)
+{
+    const auto input = randomInput(k, 5);
+    for (int first : kGoodFlags)
+        for (int second : kGoodFlags)
+            if (first < second && scaleOf(k, first) == scaleOf(k, second)) {
+                EXPECT_EQ(runKernel(k, input, first), runKernel(k, input, second)) << first << ", " << second;
+            }
+}
+
+// The kernels that read a signal: forward and Hartley.
+using RealFromSignalTest = RealKernelTest;
+
+// A constant gives N c times the factor in cell 0, rounded once: the zero
+// bin takes no inexact constant.
+TEST_P(RealFromSignalTest, ConstantGivesNTimesTheFactorInCellZero)
+{
+    for (int flag : kGoodFlags) {
+        const double f = scaleOf(k, flag);
+        const long double want = k.is64() ? k.size * f : k.size * static_cast<float>(f);
+        EXPECT_EQ(numberAt(k, runKernel(k, filledInput(k, 1), flag).data(), 0), want) << "flag " << flag;
+    }
+}
+
+// Forward then inverse (the Hartley kernel twice) gives the input back
+// under every pair of flags whose factors multiply to 1/N.
+TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPairThatMultipliesTo1OverN)
+{
+    const RealKernel back = k.family == RealFamily::Forward ? k.sibling(RealFamily::Inverse, k.layout) : k;
+    ASSERT_NE(back.fn, nullptr);
+    const auto x = randomInput(k, 30);
+    int pairs = 0;
+    for (int first : kGoodFlags)
+        for (int second : kGoodFlags) {
+            if (std::abs(scaleOf(k, first) * scaleOf(back, second) * k.size - 1) > 1e-6)
+                continue;
+            ++pairs;
+            const auto out = runKernel(back, runKernel(k, x, first), second);
+            for (int n = 0; n < k.size; ++n)
+                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), n)), static_cast<double>(numberAt(k, x.data(), n)),
+                            static_cast<double>(bound(16)))
+                    << "x[" << n << "] flags " << first << ", " << second;
+        }
+    EXPECT_EQ(pairs, 5);
+}
+
+// The tests of one size and type across layouts, run from its CCS kernel.
+using RealForwardSizeTest = RealKernelTest;
+using RealInverseSizeTest = RealKernelTest;
+
+// A value has the same bits in every layout.
 TEST_P(RealForwardSizeTest, SameValueBitsInEveryLayout)
 {
     const auto input = randomInput(k, 3);
-    std::vector<std::vector<unsigned char>> outs;
-    for (Layout l : kLayouts) {
-        RealKernel other = k;
-        other.layout = l;
-        other.fn = dlsym(RTLD_DEFAULT, other.name().c_str());
-        ASSERT_NE(other.fn, nullptr) << other.name();
-        std::vector<unsigned char> out(other.outCells() * k.realBytes());
-        ASSERT_EQ(other.run(input.data(), out.data(), ScaleDivForwardByN), StatusOk);
-        outs.push_back(out);
-    }
-    const int bytes = k.realBytes();
-    for (int b = 0; 2 * b <= k.size; ++b)
-        for (bool imaginary : {false, true}) {
-            const int ccs = cellOf(Layout::CCS, k.size, b, imaginary);
-            for (int l = 1; l < 3; ++l) {
-                const int cell = cellOf(kLayouts[l], k.size, b, imaginary);
-                if (cell >= 0) {
-                    EXPECT_EQ(0, std::memcmp(&outs[0][ccs * bytes], &outs[l][cell * bytes], bytes))
-                        << layoutName(kLayouts[l]) << (imaginary ? " I[" : " R[") << b << "]";
+    const auto ccs = runKernel(k, input, ScaleDivForwardByN);
+    for (Layout l : {Layout::Pack, Layout::Perm}) {
+        const RealKernel other = k.sibling(RealFamily::Forward, l);
+        ASSERT_NE(other.fn, nullptr);
+        const auto out = runKernel(other, input, ScaleDivForwardByN);
+        for (int b = 0; 2 * b <= k.size; ++b)
+            for (bool imaginary : {false, true})
+                if (const int cell = cellOf(l, k.size, b, imaginary); cell >= 0) {
+                    const int from = cellOf(Layout::CCS, k.size, b, imaginary);
+                    EXPECT_EQ(0, std::memcmp(&ccs[from * k.realBytes()], &out[cell * k.realBytes()], k.realBytes()))
+                        << layoutName(l) << (imaginary ? " I[" : " R[") << b << "]";
                 }
-            }
-        }
-    if (k.size % 2 == 1 || k.size == 2) {
-        EXPECT_EQ(outs[1], outs[2]);
     }
 }
 
@@ -97,7 +182,7 @@ TEST_P(RealForwardSizeTest, ConstantCellsOfCcsStayPositiveZero)
 {
     for (long double value : {0.0L, std::numeric_limits<long double>::quiet_NaN(),
                               std::numeric_limits<long double>::infinity(), -1.0L}) {
-        const auto out = run(filledInput(k, value), ScaleNoDivide);
+        const auto out = runKernel(k, filledInput(k, value), ScaleNoDivide);
         EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), 1))) << "input " << static_cast<double>(value);
         if (k.size % 2 == 0) {
             EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), k.size + 1)));
@@ -105,62 +190,56 @@ TEST_P(RealForwardSizeTest, ConstantCellsOfCcsStayPositiveZero)
     }
 }
 
-// An impulse gives the bare factor in every real cell and +0.0 in every
-// imaginary one; zeros give +0.0 everywhere, also where the graph ends in
-// a negation.
-TEST_P(RealForwardTest, ImpulseAndZeroInput)
+// The three readers share one graph: for one spectrum they give the same
+// bytes at every size.
+TEST_P(RealInverseSizeTest, ReadersAgreeInBytes)
 {
-    for (int flag : kGoodFlags) {
-        std::vector<unsigned char> impulse = filledInput(k, 0);
-        setNumber(k, impulse.data(), 0, 1);
-        const auto out = run(impulse, flag);
-        const long double f = scaleOf(k, flag);
-        for (int b = 0; 2 * b <= k.size; ++b) {
-            const int re = cellOf(k.layout, k.size, b, false), im = cellOf(k.layout, k.size, b, true);
-            EXPECT_EQ(numberAt(k, out.data(), re), f) << "R[" << b << "] flag " << flag;
-            if (im >= 0) {
-                EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), im))) << "I[" << b << "] flag " << flag;
-            }
-        }
-        const auto zeros = run(filledInput(k, 0), flag);
-        for (int c = 0; c < k.outCells(); ++c)
-            EXPECT_TRUE(isPositiveZero(numberAt(k, zeros.data(), c))) << "cell " << c << " flag " << flag;
+    const auto ccsInput = randomInput(k, 32);
+    const auto reference = runKernel(k, ccsInput, ScaleDivBySqrtN);
+    for (Layout l : {Layout::Pack, Layout::Perm}) {
+        const RealKernel reader = k.sibling(RealFamily::Inverse, l);
+        ASSERT_NE(reader.fn, nullptr);
+        std::vector<unsigned char> cells(reader.inCells() * k.realBytes());
+        for (int b = 0; 2 * b <= k.size; ++b)
+            for (bool imaginary : {false, true})
+                if (const int to = cellOf(l, k.size, b, imaginary); to >= 0)
+                    setNumber(k, cells.data(), to, numberAt(k, ccsInput.data(), cellOf(Layout::CCS, k.size, b, imaginary)));
+        EXPECT_EQ(runKernel(reader, cells, ScaleDivBySqrtN), reference) << layoutName(l);
     }
 }
 
-// Flags 2 and 8 give the same bytes in forward kernels; flag 1 multiplies by
-// the stored 1/N.
-TEST_P(RealForwardTest, FlagsPickTheirFactors)
+// CCS cells 1 and (even N) N+1 are never read: NaN or infinity there gives
+// the bytes of zeros.
+TEST_P(RealInverseSizeTest, IgnoredCcsCellsHaveNoEffect)
 {
-    const auto input = randomInput(k, 5);
-    EXPECT_EQ(run(input, ScaleDivInverseByN), run(input, ScaleNoDivide));
-    std::vector<unsigned char> impulse = filledInput(k, 0);
-    setNumber(k, impulse.data(), 0, 1);
-    const auto out = run(impulse, ScaleDivForwardByN);
-    const long double stored = k.is64() ? 1.0 / k.size : 1.0f / static_cast<float>(k.size);
-    EXPECT_EQ(numberAt(k, out.data(), 0), stored);
-}
-
-// Binary32 kernels form their statements with products in binary64; sizes 2
-// and 4 have no such statement and no binary64 operation at all. Binary64
-// kernels have no type change.
-TEST(RealForwardRounding, Binary64OperationsOnlyInStatementsWithProducts)
-{
-    for (const RealKernelCounts& c : kRealForwardCounts) {
-        const bool single = std::string(c.type) == "32f";
-        if (!single || c.size == 2 || c.size == 4) {
-            EXPECT_EQ(c.wide, 0) << c.type << " size " << c.size;
-        } else {
-            EXPECT_GT(c.wide, 0) << c.type << " size " << c.size;
-        }
+    auto input = randomInput(k, 33);
+    const auto setEdges = [&](long double v) {
+        setNumber(k, input.data(), 1, v);
+        if (k.size % 2 == 0)
+            setNumber(k, input.data(), k.size + 1, -v);
+    };
+    setEdges(0);
+    const auto reference = runKernel(k, input, ScaleNoDivide);
+    for (long double junk : {std::numeric_limits<long double>::quiet_NaN(), std::numeric_limits<long double>::infinity()}) {
+        setEdges(junk);
+        EXPECT_EQ(runKernel(k, input, ScaleNoDivide), reference) << static_cast<double>(junk);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Built, RealForwardTest, ::testing::ValuesIn(builtRealForwardKernels()),
+std::vector<RealKernel> ccsKernels(RealFamily family)
+{
+    return kernelsWhere(builtRealKernels(family), [](const RealKernel& k) { return k.layout == Layout::CCS; });
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ::testing::ValuesIn(allRealKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest,
-                         ::testing::ValuesIn(kernelsWhere(builtRealForwardKernels(),
-                                                          [](const auto& k) { return k.layout == Layout::CCS; })),
+INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest,
+                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
+                                                          [](const RealKernel& k) { return k.family != RealFamily::Inverse; })),
+                         [](const auto& info) { return realKernelLabel(info.param); });
+INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest, ::testing::ValuesIn(ccsKernels(RealFamily::Forward)),
+                         [](const auto& info) { return realKernelLabel(info.param); });
+INSTANTIATE_TEST_SUITE_P(Built, RealInverseSizeTest, ::testing::ValuesIn(ccsKernels(RealFamily::Inverse)),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace

@@ -1,16 +1,18 @@
-// The forward real kernels of sizes 2, 3, 4, 5 and 8, and in binary32 the
-// direct folding of 7 and 11, bit for bit against their formulas,
-// evaluated here in the written order and precision: every operation of
-// binary64 kernels in binary64; in binary32 kernels a
-// statement with a product by a (binary64) constant in binary64 from
-// exactly widened operands, rounded once when its result is stored, the
-// factor and the final 0 - v belonging to an output's last statement.
+// The kernels on real data whose steps are written out here, bit for bit:
+// forward 2, 3, 4, 5, 8 (and in binary32 the direct folding of 7 and 11),
+// inverse 2, 3, 4, 8 (in binary32 also the folding of 5 and 7), Hartley 2
+// to 5 and 8. Binary64 kernels round every operation to binary64. Binary32
+// kernels evaluate a statement with a product by a (binary64) constant in
+// binary64 from exactly widened operands and round it once when it is
+// stored; the other sums, and the factor, are binary32.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <numbers>
-#include <type_traits>
+#include <optional>
+#include <set>
 #include <vector>
 
 #include "real_kernels.h"
@@ -20,15 +22,19 @@ using namespace tvktest;
 
 namespace {
 
-// R[k] and I[k], k = 0 .. n/2, as the kernel must store them.
+using W = double; // the type of statements with a constant product
+
+const double kCos5[] = {1, 0.30901699437494745, -0.8090169943749475}, kSin5[] = {0, 0.9510565162951535, 0.5877852522924731};
+const double kSin3 = 0.8660254037844386, kRoot2 = 0.7071067811865476;
+
+// R[k] and I[k], k = 0 .. n/2.
 template <class T>
 struct Spectrum {
     std::vector<T> re, im;
 };
 
-// A statement that ends in an output: the value v of the statement's type
-// times the factor, negated as 0 - v where the graph yields -I, rounded to
-// T once.
+// A forward statement that ends in an output: v times the factor, negated
+// as 0 - v where the graph yields -I, rounded to T once.
 template <class T, class S>
 T output(S v, T f, bool negate)
 {
@@ -37,9 +43,8 @@ T output(S v, T f, bool negate)
 }
 
 template <class T>
-Spectrum<T> formula(int n, const std::vector<T>& x, T f)
+Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
 {
-    using W = double; // statements with a constant product, in both types
     Spectrum<T> X{std::vector<T>(n / 2 + 1, T(0)), std::vector<T>(n / 2 + 1, T(0))};
     switch (n) {
     case 2:
@@ -58,51 +63,19 @@ Spectrum<T> formula(int n, const std::vector<T>& x, T f)
         const T a = x[1] + x[2], b = x[1] - x[2];
         X.re[0] = (x[0] + a) * f;
         X.re[1] = output<T, W>(W(x[0]) - 0.5 * W(a), f, false);
-        X.im[1] = output<T, W>(0.8660254037844386 * W(b), f, true);
+        X.im[1] = output<T, W>(kSin3 * W(b), f, true);
         break;
     }
     case 5: {
         const T a1 = x[1] + x[4], a2 = x[2] + x[3], b1 = x[1] - x[4], b2 = x[2] - x[3];
-        const double c1 = 0.30901699437494745, c2 = 0.8090169943749475;
-        const double s1 = 0.9510565162951535, s2 = 0.5877852522924731;
         X.re[0] = (x[0] + (a1 + a2)) * f;
-        X.re[1] = output<T, W>((W(x[0]) + c1 * W(a1)) - c2 * W(a2), f, false);
-        X.re[2] = output<T, W>((W(x[0]) - c2 * W(a1)) + c1 * W(a2), f, false);
-        X.im[1] = output<T, W>(s1 * W(b1) + s2 * W(b2), f, true);
-        X.im[2] = output<T, W>(s2 * W(b1) - s1 * W(b2), f, true);
-        break;
-    }
-    case 7:
-    case 11: {
-        // Direct folding, run for binary32 only, where each output is one
-        // binary64 statement (x[0] and the products, then the factor and
-        // the 0 - v) rounded once, so that the order of its sums, which is
-        // free, shows only through that one rounding. a[j], b[j] and the
-        // zero bin are binary32.
-        const int h = (n - 1) / 2;
-        std::vector<T> a(h + 1), b(h + 1);
-        T zero = T(0);
-        for (int j = 1; j <= h; ++j) {
-            a[j] = x[j] + x[n - j];
-            b[j] = x[j] - x[n - j];
-            zero = j == 1 ? a[1] : zero + a[j];
-        }
-        X.re[0] = (x[0] + zero) * f;
-        const long double pi = std::numbers::pi_v<long double>;
-        for (int k = 1; k <= h; ++k) {
-            W re = W(x[0]), im = 0;
-            for (int j = 1; j <= h; ++j) {
-                const long double angle = 2 * pi * (j * k % n) / n;
-                re += static_cast<W>(std::cos(angle)) * W(a[j]);
-                im += static_cast<W>(std::sin(angle)) * W(b[j]);
-            }
-            X.re[k] = output<T, W>(re, f, false);
-            X.im[k] = output<T, W>(im, f, true);
-        }
+        X.re[1] = output<T, W>((W(x[0]) + kCos5[1] * W(a1)) + kCos5[2] * W(a2), f, false);
+        X.re[2] = output<T, W>((W(x[0]) + kCos5[2] * W(a1)) + kCos5[1] * W(a2), f, false);
+        X.im[1] = output<T, W>(kSin5[1] * W(b1) + kSin5[2] * W(b2), f, true);
+        X.im[2] = output<T, W>(kSin5[2] * W(b1) - kSin5[1] * W(b2), f, true);
         break;
     }
     case 8: {
-        const double c = 0.7071067811865476;
         T a[4], b[4];
         for (int i = 0; i < 4; ++i) {
             a[i] = x[i] + x[i + 4];
@@ -114,7 +87,7 @@ Spectrum<T> formula(int n, const std::vector<T>& x, T f)
         X.re[2] = (a[0] - a[2]) * f;
         X.im[2] = T(0) - (a[1] - a[3]) * f;
         // Products alone, each rounded to T; the sums after them in T.
-        const T p = static_cast<T>(c * W(b[1])), q = static_cast<T>(c * W(b[3]));
+        const T p = static_cast<T>(kRoot2 * W(b[1])), q = static_cast<T>(kRoot2 * W(b[3]));
         const T u = p - q, v = p + q;
         X.re[1] = (b[0] + u) * f;
         X.re[3] = (b[0] - u) * f;
@@ -122,82 +95,192 @@ Spectrum<T> formula(int n, const std::vector<T>& x, T f)
         X.im[3] = T(0) - (v - b[2]) * f;
         break;
     }
+    default: {
+        // Direct folding (binary32 only): each output one binary64 statement
+        // (x[0] and the products, then the factor and the 0 - v) rounded
+        // once, so that the order of its sums, which is free, shows only
+        // through that rounding. a[j], b[j] and the zero bin are binary32.
+        const int h = (n - 1) / 2;
+        std::vector<T> a(h + 1), b(h + 1);
+        T zero = T(0);
+        for (int j = 1; j <= h; ++j) {
+            a[j] = x[j] + x[n - j];
+            b[j] = x[j] - x[n - j];
+            zero = j == 1 ? a[1] : zero + a[j];
+        }
+        X.re[0] = (x[0] + zero) * f;
+        for (int k = 1; k <= h; ++k) {
+            W re = W(x[0]), im = 0;
+            for (int j = 1; j <= h; ++j) {
+                const long double angle = 2 * std::numbers::pi_v<long double> * (j * k % n) / n;
+                re += static_cast<W>(std::cos(angle)) * W(a[j]);
+                im += static_cast<W>(std::sin(angle)) * W(b[j]);
+            }
+            X.re[k] = output<T, W>(re, f, false);
+            X.im[k] = output<T, W>(im, f, true);
+        }
+        break;
+    }
     }
     return X;
 }
 
+// y from the CCS cells: every interior cell doubled first in T; the last
+// sum before an output and the factor in T. Folding leaves y[0], a binary32
+// sum in an open order, unpinned (left out of the result).
 template <class T>
-std::vector<T> run(const RealKernel& k, const std::vector<T>& x, int flag)
+std::vector<std::optional<T>> inverseSteps(int n, const std::vector<T>& cells, T f)
 {
-    std::vector<T> out(k.outCells());
-    EXPECT_EQ(k.run(x.data(), out.data(), flag), StatusOk);
-    return out;
-}
-
-template <class T>
-void expectFormula(const RealKernel& k)
-{
-    for (int flag : kGoodFlags) {
-        const T f = static_cast<T>(scaleOf(k, flag));
-        for (unsigned seed = 0; seed < 20; ++seed) {
-            const std::vector<T> x = randomReals<T>(k.size, 300 + seed, T(-4), T(4));
-            const Spectrum<T> want = formula<T>(k.size, x, f);
-            const std::vector<T> got = run(k, x, flag);
-            for (int b = 0; 2 * b <= k.size; ++b)
-                for (bool imaginary : {false, true}) {
-                    const int cell = cellOf(k.layout, k.size, b, imaginary);
-                    if (cell < 0)
-                        continue;
-                    const T expected = imaginary ? want.im[b] : want.re[b];
-                    EXPECT_EQ(0, std::memcmp(&got[cell], &expected, sizeof(T)))
-                        << (imaginary ? "I[" : "R[") << b << "] flag " << flag << " seed " << seed << ": "
-                        << got[cell] << " vs " << expected;
-                }
+    const auto R = [&](int k) { return cells[2 * k]; };
+    const auto r = [&](int k) { return T(2) * cells[2 * k]; };
+    const auto i = [&](int k) { return T(2) * cells[2 * k + 1]; };
+    const auto product = [](double c, T v) { return static_cast<T>(c * W(v)); };
+    std::vector<std::optional<T>> y(n);
+    switch (n) {
+    case 2: y = {R(0) + R(1), R(0) - R(1)}; break;
+    case 3: {
+        const T a = r(1), w = static_cast<T>(W(R(0)) - 0.5 * W(a)), v = product(kSin3, i(1));
+        y = {a + R(0), w - v, w + v};
+        break;
+    }
+    case 4: {
+        const T p = R(0) + R(2), q = R(0) - R(2), a = r(1), b = i(1);
+        y = {p + a, q - b, p - a, q + b};
+        break;
+    }
+    case 8: {
+        const T p = R(0) + R(4), q = R(0) - R(4);
+        const T A = p + r(2), B = p - r(2), C = q + i(2), D = q - i(2);
+        const T E = r(1) + r(3), F = r(1) - r(3), G = i(1) + i(3), H = i(1) - i(3);
+        const T u = product(kRoot2, F), v = product(kRoot2, G), s = u + v, t = u - v;
+        y = {A + E, D + t, B - H, C - s, A - E, D - t, B + H, C + s};
+        break;
+    }
+    default: // direct folding: A[m] and B[m] each one binary64 statement
+        for (int m = 1; 2 * m < n; ++m) {
+            W A = R(0), B = 0;
+            for (int k = 1; 2 * k < n; ++k) {
+                const long double angle = 2 * std::numbers::pi_v<long double> * (m * k % n) / n;
+                A += static_cast<double>(std::cos(angle)) * W(r(k));
+                B += static_cast<double>(std::sin(angle)) * W(i(k));
+            }
+            y[m] = static_cast<T>(A) - static_cast<T>(B);
+            y[n - m] = static_cast<T>(A) + static_cast<T>(B);
         }
     }
+    for (auto& v : y)
+        if (v)
+            *v *= f;
+    return y;
 }
 
-class RealFormulaTest : public ::testing::TestWithParam<RealKernel> {};
+// A kernel's input and the output cells its written steps pin.
+template <class T>
+struct Steps {
+    std::vector<T> input;
+    std::vector<std::optional<T>> out;
+};
 
-TEST_P(RealFormulaTest, BitForBit)
+template <class T>
+Steps<T> writtenSteps(const RealKernel& k, unsigned seed, T f)
+{
+    const int n = k.size;
+    Steps<T> s{std::vector<T>(k.inCells()), std::vector<std::optional<T>>(k.outCells())};
+    if (k.family == RealFamily::Inverse) {
+        const std::vector<T> ccs = randomReals<T>(n + 2, 500 + seed, T(-4), T(4));
+        for (int b = 0; 2 * b <= n; ++b)
+            for (bool imaginary : {false, true})
+                if (const int to = cellOf(k.layout, n, b, imaginary); to >= 0)
+                    s.input[to] = ccs[2 * b + imaginary];
+        s.out = inverseSteps<T>(n, ccs, f);
+        return s;
+    }
+    s.input = randomReals<T>(n, (k.family == RealFamily::Forward ? 300 : 600) + seed, T(-4), T(4));
+    if (k.family == RealFamily::Forward) {
+        const Spectrum<T> X = forwardSteps<T>(n, s.input, f);
+        for (int b = 0; 2 * b <= n; ++b)
+            for (bool imaginary : {false, true})
+                if (const int cell = cellOf(k.layout, n, b, imaginary); cell >= 0)
+                    s.out[cell] = imaginary ? X.im[b] : X.re[b];
+        return s;
+    }
+    // Hartley: the forward steps without factor or negation give the parts
+    // P = R[k] and Q = -I[k], each rounded; H[k] = P + Q and H[N-k] = P - Q
+    // in T, then the factor.
+    const Spectrum<T> X = forwardSteps<T>(n, s.input, T(1));
+    for (int b = 0; 2 * b <= n; ++b) {
+        const bool edge = b == 0 || 2 * b == n;
+        s.out[b] = (edge ? X.re[b] : X.re[b] - X.im[b]) * f;
+        if (!edge)
+            s.out[n - b] = (X.re[b] + X.im[b]) * f;
+    }
+    return s;
+}
+
+template <class T>
+void expectWrittenSteps(const RealKernel& k)
+{
+    for (int flag : kGoodFlags)
+        for (unsigned seed = 0; seed < 20; ++seed) {
+            const Steps<T> s = writtenSteps<T>(k, seed, static_cast<T>(scaleOf(k, flag)));
+            std::vector<T> got(k.outCells());
+            ASSERT_EQ(k.run(s.input.data(), got.data(), flag), StatusOk);
+            for (int c = 0; c < k.outCells(); ++c)
+                if (s.out[c]) {
+                    EXPECT_EQ(0, std::memcmp(&got[c], &*s.out[c], sizeof(T)))
+                        << "cell " << c << " flag " << flag << " seed " << seed << ": " << got[c] << " vs " << *s.out[c];
+                }
+        }
+}
+
+class RealWrittenStepsTest : public ::testing::TestWithParam<RealKernel> {};
+
+TEST_P(RealWrittenStepsTest, BitForBit)
 {
     const RealKernel& k = GetParam();
     if (k.is64())
-        expectFormula<double>(k);
+        expectWrittenSteps<double>(k);
     else
-        expectFormula<float>(k);
+        expectWrittenSteps<float>(k);
 }
 
-bool writtenOut(const RealKernel& k)
+// The steps tell their rounding points from the nearest other ones: on
+// some inputs forward size 5 in plain binary32 (products and sums rounded
+// one by one) gives other bits than the kernel, and so does a Hartley
+// butterfly on unrounded parts.
+TEST(RealWrittenSteps, Size5RoundingPointsShowInTheBits)
 {
-    return k.size == 2 || k.size == 3 || k.size == 4 || k.size == 5 || k.size == 8 ||
-           (!k.is64() && (k.size == 7 || k.size == 11));
-}
-
-INSTANTIATE_TEST_SUITE_P(WrittenOut, RealFormulaTest,
-                         ::testing::ValuesIn(kernelsWhere(builtRealForwardKernels(), writtenOut)),
-                         [](const auto& info) { return realKernelLabel(info.param); });
-
-// The test tells the binary32 statement rule from plain binary32
-// arithmetic: on some inputs size 5 evaluated all in binary32 (products
-// and sums rounded one by one) gives other bits than the kernel.
-TEST(RealFormula, Size5TellsTheStatementRuleFromPlainBinary32)
-{
-    const RealKernel* k5 = nullptr;
-    const std::vector<RealKernel> kernels = builtRealForwardKernels();
-    for (const RealKernel& k : kernels)
-        if (k.size == 5 && !k.is64() && k.layout == Layout::CCS)
-            k5 = &k;
-    ASSERT_NE(k5, nullptr);
-    int differing = 0;
+    const RealKernel forward = realKernel(RealFamily::Forward, "32f", 5, Layout::CCS);
+    const RealKernel hartley = realKernel(RealFamily::Hartley, "32f", 5, Layout::CCS);
+    int plainDiffers = 0, unroundedDiffers = 0;
     for (unsigned seed = 0; seed < 50; ++seed) {
         const std::vector<float> x = randomReals<float>(5, 400 + seed, -4.0f, 4.0f);
-        const std::vector<float> got = run(*k5, x, ScaleNoDivide);
-        const float a1 = x[1] + x[4], a2 = x[2] + x[3];
-        const float plain = (x[0] + 0.309017f * a1) - 0.809017f * a2;
-        differing += std::memcmp(&got[2], &plain, sizeof plain) != 0;
+        std::vector<float> X(6), H(5);
+        ASSERT_EQ(forward.run(x.data(), X.data(), ScaleNoDivide), StatusOk);
+        ASSERT_EQ(hartley.run(x.data(), H.data(), ScaleNoDivide), StatusOk);
+        const float a1 = x[1] + x[4], a2 = x[2] + x[3], b1 = x[1] - x[4], b2 = x[2] - x[3];
+        plainDiffers += X[2] != (x[0] + 0.309017f * a1) - 0.809017f * a2;
+        const W p = (W(x[0]) + kCos5[1] * a1) + kCos5[2] * a2, q = kSin5[1] * b1 + kSin5[2] * b2;
+        unroundedDiffers += H[1] != static_cast<float>(p + q);
     }
-    EXPECT_GT(differing, 0);
+    EXPECT_GT(plainDiffers, 0);
+    EXPECT_GT(unroundedDiffers, 0);
 }
+
+// Sizes written out, by family: in binary64, and in binary32.
+const std::map<RealFamily, std::set<int>> kWritten64 = {
+    {RealFamily::Forward, {2, 3, 4, 5, 8}}, {RealFamily::Inverse, {2, 3, 4, 8}}, {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
+const std::map<RealFamily, std::set<int>> kWritten32 = {{RealFamily::Forward, {2, 3, 4, 5, 7, 8, 11}},
+                                                        {RealFamily::Inverse, {2, 3, 4, 5, 7, 8}},
+                                                        {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
+
+INSTANTIATE_TEST_SUITE_P(WrittenOut, RealWrittenStepsTest,
+                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
+                                                          [](const RealKernel& k) {
+                                                              return (k.is64() ? kWritten64 : kWritten32)
+                                                                  .at(k.family)
+                                                                  .count(k.size);
+                                                          })),
+                         [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace

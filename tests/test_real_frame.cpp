@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "frame_checks.h"
-#include "real_inputs.h"
+#include "real_kernels.h"
 
 using namespace tvktest;
 
@@ -35,16 +35,6 @@ TEST_P(RealFrameTest, DispatcherChecksTheSizeFirstThenRoutesToTheKernel)
 TEST_P(RealFrameTest, SameBytesAtEveryAddressAndInPlace)
 {
     expectSameBytesAtEveryAddressAndInPlace(k, randomInput(k, 4), outBytes());
-}
-
-std::vector<RealKernel> allRealKernels()
-{
-    std::vector<RealKernel> all;
-    for (RealFamily f : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley}) {
-        const auto family = builtRealKernels(f);
-        all.insert(all.end(), family.begin(), family.end());
-    }
-    return all;
 }
 
 // Kernels hold no state: threads calling every kernel at once on one input

@@ -26,6 +26,7 @@ struct ComplexKernel {
 
     bool is64() const { return type == "64fc"; }
     int realBytes() const { return is64() ? 8 : 4; }
+    int inCells() const { return 2 * size; }
     std::string name() const
     {
         return std::string(inverse ? "tvkgDFTInv_CToC_" : "tvkgDFTFwd_CToC_") + std::to_string(size) + "_" + type;

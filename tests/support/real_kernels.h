@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "test_support.h"
 #include "tvkgen.h"
 
 namespace tvktest {
@@ -83,13 +84,19 @@ struct RealKernel {
             static_cast<const Tvk32f*>(src), static_cast<Tvk32f*>(dst), len, flag);
     }
     // The kernel of the same size and type in another family or layout.
-    RealKernel sibling(RealFamily f, Layout l) const
-    {
-        RealKernel k{f, type, size, l, nullptr};
-        k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
-        return k;
-    }
+    RealKernel sibling(RealFamily f, Layout l) const;
 };
+
+// The built kernel of a family, type, size and layout; fn is null where
+// the library lacks it.
+inline RealKernel realKernel(RealFamily family, const std::string& type, int size, Layout layout)
+{
+    RealKernel k{family, type, size, layout, nullptr};
+    k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+    return k;
+}
+
+inline RealKernel RealKernel::sibling(RealFamily f, Layout l) const { return realKernel(f, type, size, l); }
 
 // Every kernel of a family, sizes 2 to 64, both types, every layout.
 inline std::vector<RealKernel> builtRealKernels(RealFamily family)
@@ -98,16 +105,21 @@ inline std::vector<RealKernel> builtRealKernels(RealFamily family)
     for (const char* type : {"32f", "64f"})
         for (int size = 2; size <= 64; ++size)
             for (Layout l : kLayouts) {
-                if (family == RealFamily::Hartley && l != Layout::CCS)
-                    continue;
-                RealKernel k{family, type, size, l, nullptr};
-                k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
-                kernels.push_back(k);
+                if (family != RealFamily::Hartley || l == Layout::CCS)
+                    kernels.push_back(realKernel(family, type, size, l));
             }
     return kernels;
 }
 
-inline std::vector<RealKernel> builtRealForwardKernels() { return builtRealKernels(RealFamily::Forward); }
+inline std::vector<RealKernel> allRealKernels()
+{
+    std::vector<RealKernel> all;
+    for (RealFamily f : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley}) {
+        const auto family = builtRealKernels(f);
+        all.insert(all.end(), family.begin(), family.end());
+    }
+    return all;
+}
 
 inline void PrintTo(const RealKernel& k, std::ostream* out) { *out << k.name(); }
 
@@ -146,6 +158,25 @@ inline void setNumber(const RealKernel& k, void* data, int i, long double v)
         static_cast<double*>(data)[i] = static_cast<double>(v);
     else
         static_cast<float*>(data)[i] = static_cast<float>(v);
+}
+
+inline std::vector<unsigned char> filledInput(const RealKernel& k, long double value)
+{
+    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
+    for (int i = 0; i < k.inCells(); ++i)
+        setNumber(k, bytes.data(), i, value);
+    return bytes;
+}
+
+// The output cells of an out-of-place call on 16-byte aligned arrays; empty
+// where the call fails.
+inline std::vector<unsigned char> runKernel(const RealKernel& k, const std::vector<unsigned char>& input, int flag)
+{
+    OffsetArray<unsigned char> src(input.size(), 0), dst(k.outCells() * k.realBytes(), 0);
+    src.copyFrom(input.data());
+    if (k.run(src.get(), dst.get(), flag) != StatusOk)
+        return {};
+    return dst.snapshot();
 }
 
 } // namespace tvktest

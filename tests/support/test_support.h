@@ -72,6 +72,22 @@ std::vector<T> randomReals(std::size_t count, unsigned seed, T lo = -1, T hi = 1
     return v;
 }
 
+// Random numbers in (-1, 1) in every input cell of a kernel, as bytes of
+// its element type.
+template <class Kernel>
+std::vector<unsigned char> randomInput(const Kernel& k, unsigned seed)
+{
+    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
+    if (k.is64()) {
+        const auto v = randomReals<double>(k.inCells(), seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    } else {
+        const auto v = randomReals<float>(k.inCells(), seed);
+        std::memcpy(bytes.data(), v.data(), bytes.size());
+    }
+    return bytes;
+}
+
 // Direct DFT in long double, the accuracy oracle.
 inline std::vector<std::complex<long double>> directDft(const std::vector<std::complex<long double>>& x, bool inverse)
 {
