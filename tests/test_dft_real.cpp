@@ -1,14 +1,16 @@
-// What the kernels on real data compute (forward into a layout, inverse
-// from one, Hartley), expanded over the kernels of the build (family, type,
-// size, layout) and flags; their frame is tested in test_real_frame.cpp.
+// The kernels on real data (forward into a layout, inverse from one,
+// Hartley), expanded over the kernels of the build (family, type, size,
+// layout) and flags: their call frame, threads, and what they compute.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <numbers>
+#include <thread>
 #include <vector>
 
+#include "frame_checks.h"
 #include "real_kernels.h"
 
 using namespace tvktest;
@@ -69,6 +71,34 @@ protected:
         return input;
     }
 };
+
+TEST_P(RealKernelTest, CallFrame) { expectCallFrame(k); }
+
+// Kernels hold no state: threads calling every kernel at once on one input
+// get the bytes of a single thread.
+TEST(RealThreads, ConcurrentCallsGiveTheBytesOfOneThread)
+{
+    const std::vector<RealKernel> kernels = allRealKernels();
+    const auto runAll = [&](std::vector<std::vector<unsigned char>>& outs) {
+        for (size_t i = 0; i < kernels.size(); ++i) {
+            const RealKernel& k = kernels[i];
+            const auto input = randomInput(k, 6);
+            outs[i].assign(k.outCells() * k.realBytes(), 0);
+            k.run(input.data(), outs[i].data(), ScaleDivBySqrtN);
+        }
+    };
+    std::vector<std::vector<unsigned char>> serial(kernels.size());
+    runAll(serial);
+    std::vector<std::vector<std::vector<unsigned char>>> parallel(4, std::vector<std::vector<unsigned char>>(kernels.size()));
+    std::vector<std::thread> threads;
+    for (auto& outs : parallel)
+        threads.emplace_back([&runAll, &outs] { runAll(outs); });
+    for (std::thread& t : threads)
+        t.join();
+    for (const auto& outs : parallel)
+        for (size_t i = 0; i < kernels.size(); ++i)
+            EXPECT_EQ(outs[i], serial[i]) << kernels[i].name();
+}
 
 TEST_P(RealKernelTest, AgreesWithTheDefinition)
 {

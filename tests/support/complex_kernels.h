@@ -4,14 +4,13 @@
 
 #include <dlfcn.h>
 
-#include <cmath>
 #include <complex>
-#include <cstring>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "dft_complex_counts.h"
+#include "test_support.h"
 #include "tvkgen.h"
 
 namespace tvktest {
@@ -27,6 +26,7 @@ struct ComplexKernel {
     bool is64() const { return type == "64fc"; }
     int realBytes() const { return is64() ? 8 : 4; }
     int inCells() const { return 2 * size; }
+    int outCells() const { return 2 * size; }
     std::string name() const
     {
         return std::string(inverse ? "tvkgDFTInv_CToC_" : "tvkgDFTFwd_CToC_") + std::to_string(size) + "_" + type;
@@ -40,38 +40,39 @@ struct ComplexKernel {
         return reinterpret_cast<TvkStatus (*)(const Tvk32fc*, Tvk32fc*, int)>(fn)(static_cast<const Tvk32fc*>(src),
                                                                                    static_cast<Tvk32fc*>(dst), flag);
     }
+    // The dispatcher of the kernel's type and direction.
+    TvkStatus runDispatcher(const void* src, void* dst, int len, int flag) const
+    {
+        if (is64())
+            return (inverse ? tvkgDFTInv_CToC_64fc : tvkgDFTFwd_CToC_64fc)(
+                static_cast<const Tvk64fc*>(src), static_cast<Tvk64fc*>(dst), len, flag);
+        return (inverse ? tvkgDFTInv_CToC_32fc : tvkgDFTFwd_CToC_32fc)(static_cast<const Tvk32fc*>(src),
+                                                                       static_cast<Tvk32fc*>(dst), len, flag);
+    }
 };
+
+inline ComplexKernel complexKernel(const ComplexKernelCounts& c)
+{
+    ComplexKernel k{c.type, c.size, c.inverse, c.twins, c, nullptr};
+    k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+    return k;
+}
 
 inline std::vector<ComplexKernel> builtComplexKernels()
 {
     std::vector<ComplexKernel> kernels;
-    for (const ComplexKernelCounts& c : kComplexKernelCounts) {
-        ComplexKernel k{c.type, c.size, c.inverse, c.twins, c, nullptr};
-        k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
-        kernels.push_back(k);
-    }
+    for (const ComplexKernelCounts& c : kComplexKernelCounts)
+        kernels.push_back(complexKernel(c));
     return kernels;
 }
 
-// The forward kernels; each names its inverse partner through partner().
-inline std::vector<ComplexKernel> builtForwardKernels()
-{
-    std::vector<ComplexKernel> forward;
-    for (const ComplexKernel& k : builtComplexKernels())
-        if (!k.inverse)
-            forward.push_back(k);
-    return forward;
-}
-
+// The kernel of the same type and size in the other direction.
 inline ComplexKernel partner(const ComplexKernel& k)
 {
-    ComplexKernel other = k;
-    other.inverse = !k.inverse;
-    other.fn = dlsym(RTLD_DEFAULT, other.name().c_str());
     for (const ComplexKernelCounts& c : kComplexKernelCounts)
-        if (c.type == k.type && c.size == k.size && c.inverse == other.inverse)
-            other.counts = c;
-    return other;
+        if (c.type == k.type && c.size == k.size && c.inverse != k.inverse)
+            return complexKernel(c);
+    return {};
 }
 
 inline std::string kernelLabel(const ComplexKernel& k)
@@ -81,54 +82,22 @@ inline std::string kernelLabel(const ComplexKernel& k)
 
 inline void PrintTo(const ComplexKernel& k, std::ostream* out) { *out << k.name(); }
 
-// The dispatcher of a kernel's type and direction.
-inline TvkStatus runDispatcher(const ComplexKernel& k, const void* src, void* dst, int len, int flag)
-{
-    if (k.is64())
-        return (k.inverse ? tvkgDFTInv_CToC_64fc : tvkgDFTFwd_CToC_64fc)(
-            static_cast<const Tvk64fc*>(src), static_cast<Tvk64fc*>(dst), len, flag);
-    return (k.inverse ? tvkgDFTInv_CToC_32fc : tvkgDFTFwd_CToC_32fc)(static_cast<const Tvk32fc*>(src),
-                                                                     static_cast<Tvk32fc*>(dst), len, flag);
-}
-
-// The scale constants a kernel of size n must hold, computed here
-// independently: 1/N correctly rounded; 1/sqrt(N) as the binary64 quotient
-// 1.0/sqrt(N) in 64fc and as the nearest binary32 in 32fc.
+// The factor a flag picks: each direction divides by N on its own flag.
 inline double expectedScale(const ComplexKernel& k, int flag)
 {
-    const bool dividesByN = flag == (k.inverse ? ScaleDivInverseByN : ScaleDivForwardByN);
-    if (k.is64()) {
-        if (flag == ScaleDivBySqrtN)
-            return 1.0 / std::sqrt(static_cast<double>(k.size));
-        return dividesByN ? 1.0 / k.size : 1.0;
-    }
-    if (flag == ScaleDivBySqrtN)
-        return static_cast<float>(1.0L / std::sqrt(static_cast<long double>(k.size)));
-    return dividesByN ? 1.0f / static_cast<float>(k.size) : 1.0f;
+    return scaleFactor(k.is64(), k.size, flag, flag == (k.inverse ? ScaleDivInverseByN : ScaleDivForwardByN));
 }
 
 // Reads or writes element i of an interleaved array of either type.
 inline std::complex<long double> elementAt(const ComplexKernel& k, const void* data, int i)
 {
-    if (k.is64()) {
-        auto* p = static_cast<const double*>(data);
-        return {p[2 * i], p[2 * i + 1]};
-    }
-    auto* p = static_cast<const float*>(data);
-    return {p[2 * i], p[2 * i + 1]};
+    return {numberAt(k, data, 2 * i), numberAt(k, data, 2 * i + 1)};
 }
 
 inline void setElement(const ComplexKernel& k, void* data, int i, std::complex<long double> v)
 {
-    if (k.is64()) {
-        auto* p = static_cast<double*>(data);
-        p[2 * i] = static_cast<double>(v.real());
-        p[2 * i + 1] = static_cast<double>(v.imag());
-    } else {
-        auto* p = static_cast<float*>(data);
-        p[2 * i] = static_cast<float>(v.real());
-        p[2 * i + 1] = static_cast<float>(v.imag());
-    }
+    setNumber(k, data, 2 * i, v.real());
+    setNumber(k, data, 2 * i + 1, v.imag());
 }
 
 } // namespace tvktest

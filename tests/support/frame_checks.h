@@ -1,7 +1,7 @@
 // Checks of the call frame that every kernel on complex or real data shares:
 // the failing calls and their order, any address and in place, and the size
-// dispatcher. `Kernel` has run(src, dst, flag) and size; arrays are bytes of
-// its element type.
+// dispatcher. `Kernel` has run(src, dst, flag), runDispatcher(src, dst, len,
+// flag), size and its cells; arrays are bytes of its element type.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -85,21 +85,29 @@ void expectSameBytesAtEveryAddressAndInPlace(const Kernel& k, const std::vector<
 }
 
 // The dispatcher tests the length before anything else, then gives the
-// kernel's bytes and statuses. `dispatch` is called as (src, dst, len, flag).
-template <class Kernel, class Dispatch>
-void expectDispatcherRoutesToTheKernel(const Kernel& k, Dispatch dispatch, const std::vector<unsigned char>& input,
-                                       size_t outBytes)
+// kernel's bytes and statuses.
+template <class Kernel>
+void expectDispatcherRoutesToTheKernel(const Kernel& k, const std::vector<unsigned char>& input, size_t outBytes)
 {
     std::vector<unsigned char> viaKernel(outBytes), viaDispatcher(outBytes);
     ASSERT_EQ(k.run(input.data(), viaKernel.data(), ScaleDivBySqrtN), StatusOk);
-    ASSERT_EQ(dispatch(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
+    ASSERT_EQ(k.runDispatcher(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
     EXPECT_EQ(viaKernel, viaDispatcher);
     for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX})
-        EXPECT_EQ(dispatch(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
+        EXPECT_EQ(k.runDispatcher(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
     std::vector<unsigned char> untouched(outBytes, 0x5A), dst = untouched;
-    EXPECT_EQ(dispatch(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
-    EXPECT_EQ(dispatch(nullptr, dst.data(), k.size, 3), StatusNullPointer);
+    EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
+    EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, 3), StatusNullPointer);
     EXPECT_EQ(dst, untouched);
+}
+
+template <class Kernel>
+void expectCallFrame(const Kernel& k)
+{
+    const size_t outBytes = k.outCells() * k.realBytes();
+    expectFailedCallsTouchNothing(k, randomInput(k, 1), outBytes);
+    expectDispatcherRoutesToTheKernel(k, randomInput(k, 2), outBytes);
+    expectSameBytesAtEveryAddressAndInPlace(k, randomInput(k, 4), outBytes);
 }
 
 } // namespace tvktest

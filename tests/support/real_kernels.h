@@ -130,53 +130,13 @@ inline std::string realKernelLabel(const RealKernel& k)
            "_" + k.type;
 }
 
-// The factor a flag picks: 1/N correctly rounded in the element type,
-// 1/sqrt(N) as the binary64 quotient 1.0/sqrt(N) in 64f and the nearest
-// binary32 in 32f. Each direction divides by N on its own flag, the Hartley
-// transform on both.
+// The factor a flag picks: each direction divides by N on its own flag,
+// the Hartley transform on both.
 inline double scaleOf(const RealKernel& k, int flag)
 {
-    if (flag == ScaleDivBySqrtN)
-        return k.is64() ? 1.0 / std::sqrt(static_cast<double>(k.size))
-                        : static_cast<float>(1.0L / std::sqrt(static_cast<long double>(k.size)));
-    const bool divides = (flag == ScaleDivForwardByN && k.family != RealFamily::Inverse) ||
-                         (flag == ScaleDivInverseByN && k.family != RealFamily::Forward);
-    if (divides)
-        return k.is64() ? 1.0 / k.size : 1.0f / static_cast<float>(k.size);
-    return 1.0;
-}
-
-// Number i of an array of the kernel's element type.
-inline long double numberAt(const RealKernel& k, const void* data, int i)
-{
-    return k.is64() ? static_cast<const double*>(data)[i] : static_cast<const float*>(data)[i];
-}
-
-inline void setNumber(const RealKernel& k, void* data, int i, long double v)
-{
-    if (k.is64())
-        static_cast<double*>(data)[i] = static_cast<double>(v);
-    else
-        static_cast<float*>(data)[i] = static_cast<float>(v);
-}
-
-inline std::vector<unsigned char> filledInput(const RealKernel& k, long double value)
-{
-    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
-    for (int i = 0; i < k.inCells(); ++i)
-        setNumber(k, bytes.data(), i, value);
-    return bytes;
-}
-
-// The output cells of an out-of-place call on 16-byte aligned arrays; empty
-// where the call fails.
-inline std::vector<unsigned char> runKernel(const RealKernel& k, const std::vector<unsigned char>& input, int flag)
-{
-    OffsetArray<unsigned char> src(input.size(), 0), dst(k.outCells() * k.realBytes(), 0);
-    src.copyFrom(input.data());
-    if (k.run(src.get(), dst.get(), flag) != StatusOk)
-        return {};
-    return dst.snapshot();
+    return scaleFactor(k.is64(), k.size, flag,
+                       (flag == ScaleDivForwardByN && k.family != RealFamily::Inverse) ||
+                           (flag == ScaleDivInverseByN && k.family != RealFamily::Forward));
 }
 
 } // namespace tvktest

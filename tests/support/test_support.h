@@ -11,6 +11,8 @@
 #include <random>
 #include <vector>
 
+#include "tvkgen.h"
+
 namespace tvktest {
 
 // Bad flag values: whole values other than 1, 2, 4, 8, including would-be
@@ -72,6 +74,35 @@ std::vector<T> randomReals(std::size_t count, unsigned seed, T lo = -1, T hi = 1
     return v;
 }
 
+// Number i of an array of a kernel's element type.
+template <class Kernel>
+long double numberAt(const Kernel& k, const void* data, int i)
+{
+    return k.is64() ? static_cast<const double*>(data)[i] : static_cast<const float*>(data)[i];
+}
+
+template <class Kernel>
+void setNumber(const Kernel& k, void* data, int i, long double v)
+{
+    if (k.is64())
+        static_cast<double*>(data)[i] = static_cast<double>(v);
+    else
+        static_cast<float*>(data)[i] = static_cast<float>(v);
+}
+
+// The factor a flag picks: 1/N correctly rounded in the element type (where
+// the kernel divides by N on that flag), 1/sqrt(N) as the binary64 quotient
+// 1.0/sqrt(N) in binary64 and as the nearest binary32 in binary32, else 1.
+inline double scaleFactor(bool is64, int n, int flag, bool dividesByN)
+{
+    if (flag == ScaleDivBySqrtN)
+        return is64 ? 1.0 / std::sqrt(static_cast<double>(n))
+                    : static_cast<float>(1.0L / std::sqrt(static_cast<long double>(n)));
+    if (dividesByN)
+        return is64 ? 1.0 / n : 1.0f / static_cast<float>(n);
+    return 1.0;
+}
+
 // Random numbers in (-1, 1) in every input cell of a kernel, as bytes of
 // its element type.
 template <class Kernel>
@@ -86,6 +117,27 @@ std::vector<unsigned char> randomInput(const Kernel& k, unsigned seed)
         std::memcpy(bytes.data(), v.data(), bytes.size());
     }
     return bytes;
+}
+
+template <class Kernel>
+std::vector<unsigned char> filledInput(const Kernel& k, long double value)
+{
+    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
+    for (int i = 0; i < k.inCells(); ++i)
+        setNumber(k, bytes.data(), i, value);
+    return bytes;
+}
+
+// The output cells of an out-of-place call on 16-byte aligned arrays; empty
+// where the call fails.
+template <class Kernel>
+std::vector<unsigned char> runKernel(const Kernel& k, const std::vector<unsigned char>& input, int flag)
+{
+    OffsetArray<unsigned char> src(input.size(), 0), dst(k.outCells() * k.realBytes(), 0);
+    src.copyFrom(input.data());
+    if (k.run(src.get(), dst.get(), flag) != StatusOk)
+        return {};
+    return dst.snapshot();
 }
 
 // Direct DFT in long double, the accuracy oracle.
