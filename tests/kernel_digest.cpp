@@ -16,6 +16,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -34,110 +35,92 @@ using tvktest::kFnvBasis;
 // The three ways into a kernel. Each runs the kernel on `count` numbers from
 // src (at the path's offset) and hands back where it wrote them.
 enum class Path { Aligned, Unaligned, InPlace };
-constexpr Path kPaths[] = {Path::Aligned, Path::Unaligned, Path::InPlace};
 const char* pathName(Path p) { return p == Path::Aligned ? "aligned" : p == Path::Unaligned ? "unaligned" : "inplace"; }
 
 // Scratch arrays from tvkMalloc (16-byte aligned), with room for the offset.
 class Arrays {
 public:
-    explicit Arrays(size_t bytes)
-        : src_(static_cast<unsigned char*>(tvkMalloc(static_cast<uint32_t>(bytes + 16)))),
-          dst_(static_cast<unsigned char*>(tvkMalloc(static_cast<uint32_t>(bytes + 16))))
-    {
-    }
-    ~Arrays()
-    {
-        tvkFree(src_);
-        tvkFree(dst_);
-    }
-    Arrays(const Arrays&) = delete;
-    Arrays& operator=(const Arrays&) = delete;
+    explicit Arrays(size_t bytes) : src_(allocate(bytes + 16)), dst_(allocate(bytes + 16)) {}
 
     // Fills the input for `path` and returns {in, out}.
     std::pair<unsigned char*, unsigned char*> prepare(Path path, bool is64, size_t count, unsigned seed)
     {
         const size_t offset = path == Path::Unaligned ? 4 : 0;
-        unsigned char* in = (path == Path::InPlace ? dst_ : src_) + offset;
+        unsigned char* in = (path == Path::InPlace ? dst_ : src_).get() + offset;
         fixedInput(is64, count, in, seed);
-        return {in, dst_ + offset};
+        return {in, dst_.get() + offset};
     }
 
 private:
-    unsigned char* src_;
-    unsigned char* dst_;
+    struct Free {
+        void operator()(unsigned char* p) const { tvkFree(p); }
+    };
+    using Block = std::unique_ptr<unsigned char, Free>;
+    static Block allocate(size_t bytes)
+    {
+        return Block(static_cast<unsigned char*>(tvkMalloc(static_cast<uint32_t>(bytes))));
+    }
+    Block src_, dst_;
 };
 
 using Digests = std::vector<std::pair<std::string, uint64_t>>;
 
-void add(Digests& out, const std::string& kernel, Path path, uint64_t hash)
+// One line per path: the hash of the first `outBytes` of each result of
+// call(in, out, flag, seed), seed by seed and under each of `flags`, on
+// fixed inputs of `count` numbers; `room` bytes hold input and output.
+template <class Call>
+bool digestPaths(Digests& out, const std::string& name, std::initializer_list<Path> paths, unsigned seeds,
+                 std::initializer_list<int> flags, bool is64, size_t count, size_t room, size_t outBytes, Call call)
 {
-    out.emplace_back(kernel + " " + pathName(path), hash);
-}
-
-bool digestComplexKernels(Digests& out)
-{
-    for (const tvktest::ComplexKernel& k : tvktest::builtComplexKernels()) {
-        const size_t count = 2 * k.size, bytes = count * k.realBytes();
-        Arrays arrays(bytes);
-        for (Path path : kPaths) {
-            uint64_t hash = kFnvBasis;
-            for (unsigned seed = 0; seed < 16; ++seed)
-                for (int flag : {1, 2, 4, 8}) {
-                    const auto [in, result] = arrays.prepare(path, k.is64(), count, seed);
-                    if (k.run(in, result, flag) != StatusOk)
-                        return false;
-                    hash = fnv1a(result, bytes, hash);
-                }
-            add(out, k.name(), path, hash);
-        }
+    Arrays arrays(room);
+    for (Path path : paths) {
+        uint64_t hash = kFnvBasis;
+        for (unsigned seed = 0; seed < seeds; ++seed)
+            for (int flag : flags) {
+                const auto [in, result] = arrays.prepare(path, is64, count, seed);
+                if (call(in, result, flag, seed) != StatusOk)
+                    return false;
+                hash = fnv1a(result, outBytes, hash);
+            }
+        out.emplace_back(name + " " + pathName(path), hash);
     }
     return true;
 }
 
-// Kernels on real data: the forward ones from N inputs to the layout's
-// cells, the inverse ones back, the Hartley ones N to N; in place the array
-// has room for both.
-bool digestRealKernels(Digests& out, tvktest::RealFamily family)
+constexpr std::initializer_list<int> kFlags = {1, 2, 4, 8};
+
+// Complex kernels, and kernels on real data: the forward ones from N inputs
+// to the layout's cells, the inverse ones back, the Hartley ones N to N; in
+// place the array has room for both.
+template <class Kernel>
+bool digestKernels(Digests& out, const std::vector<Kernel>& kernels)
 {
-    for (const tvktest::RealKernel& k : tvktest::builtRealKernels(family)) {
-        const size_t outBytes = k.outCells() * k.realBytes();
-        Arrays arrays(std::max(k.inCells(), k.outCells()) * k.realBytes());
-        for (Path path : kPaths) {
-            uint64_t hash = kFnvBasis;
-            for (unsigned seed = 0; seed < 16; ++seed)
-                for (int flag : {1, 2, 4, 8}) {
-                    const auto [in, result] = arrays.prepare(path, k.is64(), k.inCells(), seed);
-                    if (k.run(in, result, flag) != StatusOk)
-                        return false;
-                    hash = fnv1a(result, outBytes, hash);
-                }
-            add(out, k.name(), path, hash);
-        }
+    for (const Kernel& k : kernels) {
+        const size_t room = std::max(k.inCells(), k.outCells()) * k.realBytes();
+        const auto run = [&k](const void* in, void* result, int flag, unsigned) { return k.run(in, result, flag); };
+        if (!digestPaths(out, k.name(), {Path::Aligned, Path::Unaligned, Path::InPlace}, 16, kFlags, k.is64(),
+                         k.inCells(), room, k.outCells() * k.realBytes(), run))
+            return false;
     }
     return true;
 }
 
 // Walsh-Hadamard kernels through their dispatchers, with the kernel's own
-// work buffer and with a caller's.
+// work buffer (even seeds) and with a caller's (odd seeds).
 template <class Real, class Dispatcher>
 bool digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
 {
     alignas(16) static unsigned char work[73728];
     for (int order = 1; order <= 13; ++order) {
         const size_t count = size_t{1} << order, bytes = count * sizeof(Real);
-        Arrays arrays(bytes);
-        for (Path path : kPaths) {
-            uint64_t hash = kFnvBasis;
-            for (unsigned seed = 0; seed < 4; ++seed)
-                for (int flag : {1, 2, 4, 8}) {
-                    const auto [in, result] = arrays.prepare(path, sizeof(Real) == 8, count, seed);
-                    if (dispatcher(reinterpret_cast<const Real*>(in), reinterpret_cast<Real*>(result), order, flag,
-                                   seed % 2 ? work : nullptr) != StatusOk)
-                        return false;
-                    hash = fnv1a(result, bytes, hash);
-                }
-            add(out, "tvkgWHT_" + std::to_string(order) + "_" + type, path, hash);
-        }
+        const auto run = [&](const void* in, void* result, int flag, unsigned seed) {
+            return dispatcher(static_cast<const Real*>(in), static_cast<Real*>(result), order, flag,
+                              seed % 2 ? work : nullptr);
+        };
+        if (!digestPaths(out, "tvkgWHT_" + std::to_string(order) + "_" + type,
+                         {Path::Aligned, Path::Unaligned, Path::InPlace}, 4, kFlags, sizeof(Real) == 8, count, bytes,
+                         bytes, run))
+            return false;
     }
     return true;
 }
@@ -145,11 +128,11 @@ bool digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
 // DCT-IV plans of every power of two: the direct lengths, the column kernel
 // lengths, and every length of one and of two split levels. A plan reads
 // all of src before it writes dst only through its work block, so it has no
-// in-place path.
+// in-place path; it takes no flag.
 template <class Real, class Plan, class GetSize, class Init, class Run>
 bool digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run run)
 {
-    for (int len : {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384, 32768, 65536, 131072}) {
+    for (int len = 2; len <= 131072; len *= 2) {
         int32_t size = 0;
         if (getSize(len, &size) != StatusOk)
             return false;
@@ -158,17 +141,12 @@ bool digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run 
         if (init(&plan, len, mem.data()) != StatusOk)
             return false;
         const size_t bytes = len * sizeof(Real);
-        Arrays arrays(bytes);
-        for (Path path : {Path::Aligned, Path::Unaligned}) {
-            uint64_t hash = kFnvBasis;
-            for (unsigned seed = 0; seed < 2; ++seed) {
-                const auto [in, result] = arrays.prepare(path, sizeof(Real) == 8, len, seed);
-                if (run(reinterpret_cast<const Real*>(in), reinterpret_cast<Real*>(result), plan) != StatusOk)
-                    return false;
-                hash = fnv1a(result, bytes, hash);
-            }
-            add(out, "tvkgDCT4_" + std::to_string(len) + "_" + type, path, hash);
-        }
+        const auto call = [&](const void* in, void* result, int, unsigned) {
+            return run(static_cast<const Real*>(in), static_cast<Real*>(result), plan);
+        };
+        if (!digestPaths(out, "tvkgDCT4_" + std::to_string(len) + "_" + type, {Path::Aligned, Path::Unaligned}, 2,
+                         {0}, sizeof(Real) == 8, len, bytes, bytes, call))
+            return false;
     }
     return true;
 }
@@ -250,10 +228,11 @@ int main(int argc, char** argv)
 
     Digests digests;
     const bool ok =
-        digestComplexKernels(digests) && digestRealKernels(digests, tvktest::RealFamily::Forward) &&
-        digestRealKernels(digests, tvktest::RealFamily::Inverse) &&
-        digestRealKernels(digests, tvktest::RealFamily::Hartley) && digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
-        digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
+        digestKernels(digests, tvktest::builtComplexKernels()) &&
+        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Forward)) &&
+        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Inverse)) &&
+        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Hartley)) &&
+        digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) && digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
         digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
         digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
     if (!ok) {
