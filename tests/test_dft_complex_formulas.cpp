@@ -6,6 +6,8 @@
 
 #include <cmath>
 #include <map>
+#include <numbers>
+#include <type_traits>
 #include <vector>
 
 #include "complex_kernels.h"
@@ -101,82 +103,40 @@ std::vector<Cx<float>> size8Lanes32(const std::vector<Cx<float>>& x, bool invers
 }
 
 // ---- the folded form: 3, 5 and 7 ---------------------------------------------
-// 64fc: X0 = x0 + (a1 + a2), m and n in binary64 (foldedPlain).
-// 32fc: X0 = (x0 + a1) + a2 in binary32; m[k] and n[k] accumulated in
-// binary64 from widened operands and binary64 constants, rounded once.
 
-const double kCos[6][3] = {{}, {}, {}, {1, -0.5}, {}, {1, 0.30901699437494745, -0.8090169943749475}};
-const double kSin[6][3] = {{}, {}, {}, {0, 0.8660254037844386}, {}, {0, 0.9510565162951535, 0.5877852522924731}};
+// cos and sin of 2 pi j/p: the binary64 nearest to the long-double value.
+double cosOf(int p, int j) { return static_cast<double>(std::cos(2 * std::numbers::pi_v<long double> * (j % p) / p)); }
+double sinOf(int p, int j) { return static_cast<double>(std::sin(2 * std::numbers::pi_v<long double> * (j % p) / p)); }
 
-// cos and sin of 2*pi*j/p by index j mod p: the written constants of 3 and
-// 5; for 7 the binary64 nearest to the long-double value.
-double trigOf(int p, int j, bool sine)
-{
-    j %= p;
-    if (p == 7) {
-        const long double angle = 2 * 3.141592653589793238462643383279502884L * j / p;
-        return static_cast<double>(sine ? std::sin(angle) : std::cos(angle));
-    }
-    const double(&table)[6][3] = sine ? kSin : kCos;
-    return j <= p / 2 ? table[p][j] : (sine ? -1 : 1) * table[p][p - j];
-}
-double cosOf(int p, int j) { return trigOf(p, j, false); }
-double sinOf(int p, int j) { return trigOf(p, j, true); }
-
-// The vector codelets of both types (all but the scalar 32fc 3 and 5) form
-// X0 = x0 + (a1 + a2 + ...), m[k] from x0 upward, n[k] from j = 1 on, and
-// every sum and product in the element type.
-template <class T>
-std::vector<Cx<T>> foldedPlain(const std::vector<Cx<T>>& x, bool inverse)
+// a[j] = x[j] + x[p-j], b[j] = x[j] - x[p-j]; m[k] from x0 upward and n[k]
+// from j = 1 on, in S from exactly widened operands, each rounded to T
+// once; X[k] and X[p-k] are m[k] -+ i n[k] in T. The vector codelets of both
+// types take S = T and X0 = x0 + (a1 + a2 + ...); the scalar 32fc 3 and 5
+// take binary64 statements and X0 = (x0 + a1) + a2.
+template <class T, class S>
+std::vector<Cx<T>> folded(const std::vector<Cx<T>>& x, bool inverse)
 {
     const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
+    const auto wide = [](Cx<T> v) { return Cx<S>{v.re, v.im}; };
+    const auto round = [](Cx<S> v) { return Cx<T>{static_cast<T>(v.re), static_cast<T>(v.im)}; };
     std::vector<Cx<T>> a(h + 1), b(h + 1), X(p);
     for (int j = 1; j <= h; ++j) {
         a[j] = x[j] + x[p - j];
         b[j] = x[j] - x[p - j];
     }
-    Cx<T> sum = a[1];
+    Cx<T> sum = std::is_same_v<T, S> ? a[1] : x[0] + a[1];
     for (int j = 2; j <= h; ++j)
         sum = sum + a[j];
-    X[0] = x[0] + sum;
+    X[0] = std::is_same_v<T, S> ? x[0] + sum : sum;
     for (int k = 1; k <= h; ++k) {
-        Cx<T> m = x[0];
+        Cx<S> m = wide(x[0]), n = static_cast<S>(sinOf(p, k)) * wide(b[1]);
         for (int j = 1; j <= h; ++j)
-            m = m + static_cast<T>(cosOf(p, j * k)) * a[j];
-        Cx<T> n = static_cast<T>(sinOf(p, k)) * b[1];
+            m = m + static_cast<S>(cosOf(p, j * k)) * wide(a[j]);
         for (int j = 2; j <= h; ++j)
-            n = n + static_cast<T>(sinOf(p, j * k)) * b[j];
-        const auto r = inverse ? plusI(n) : minusI(n);
-        X[k] = m + r;
-        X[p - k] = m - r;
-    }
-    return X;
-}
-
-std::vector<Cx<float>> folded32(const std::vector<Cx<float>>& x, bool inverse)
-{
-    const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
-    std::vector<Cx<float>> a(h + 1), b(h + 1), X(p);
-    for (int j = 1; j <= h; ++j) {
-        a[j] = x[j] + x[p - j];
-        b[j] = x[j] - x[p - j];
-    }
-    X[0] = x[0];
-    for (int j = 1; j <= h; ++j)
-        X[0] = X[0] + a[j];
-    auto wide = [](Cx<float> v) { return Cx<double>{v.re, v.im}; };
-    for (int k = 1; k <= h; ++k) {
-        Cx<double> m = wide(x[0]);
-        for (int j = 1; j <= h; ++j)
-            m = m + cosOf(p, j * k) * wide(a[j]);
-        Cx<double> n = sinOf(p, k) * wide(b[1]);
-        for (int j = 2; j <= h; ++j)
-            n = n + sinOf(p, j * k) * wide(b[j]);
-        const Cx<float> mf{static_cast<float>(m.re), static_cast<float>(m.im)};
-        const Cx<float> nf{static_cast<float>(n.re), static_cast<float>(n.im)};
-        const auto r = inverse ? plusI(nf) : minusI(nf);
-        X[k] = mf + r;
-        X[p - k] = mf - r;
+            n = n + static_cast<S>(sinOf(p, j * k)) * wide(b[j]);
+        const auto r = inverse ? plusI(round(n)) : minusI(round(n));
+        X[k] = round(m) + r;
+        X[p - k] = round(m) - r;
     }
     return X;
 }
@@ -225,21 +185,22 @@ struct Written {
 template <class T>
 using Table = std::map<int, Written<T>>;
 
+constexpr Steps<float> fold32 = folded<float, float>;
+constexpr Steps<double> fold64 = folded<double, double>;
+
 // 32fc takes the stages of 12 and 20 the other way round; its 10 reads the
 // 5-point groups 0, 2, 4, 6, 8 and 5, 7, 9, 1, 3 (wrap-around).
 const Table<float> kWritten32 = {
-    {2, {size2<float>}}, {3, {folded32}}, {4, {size4<float>}}, {5, {folded32}},
-    {6, {goodThomas<float, 2, size2<float>, 3, foldedPlain<float>>}}, {8, {size8Lanes32}},
-    {10, {goodThomas<float, 5, foldedPlain<float>, 2, size2<float>>}}, {12, {goodThomas<float, 4, size4<float>, 3, foldedPlain<float>>}},
-    {15, {goodThomas<float, 5, foldedPlain<float>, 3, foldedPlain<float>>}},
-    {20, {goodThomas<float, 4, size4<float>, 5, foldedPlain<float>>}},
+    {2, {size2<float>}}, {3, {folded<float, double>}}, {4, {size4<float>}}, {5, {folded<float, double>}},
+    {6, {goodThomas<float, 2, size2<float>, 3, fold32>}}, {8, {size8Lanes32}},
+    {10, {goodThomas<float, 5, fold32, 2, size2<float>>}}, {12, {goodThomas<float, 4, size4<float>, 3, fold32>}},
+    {15, {goodThomas<float, 5, fold32, 3, fold32>}}, {20, {goodThomas<float, 4, size4<float>, 5, fold32>}},
 };
 const Table<double> kWritten64 = {
-    {2, {size2<double>}}, {3, {foldedPlain<double>}}, {4, {size4<double>}}, {5, {foldedPlain<double>}},
-    {6, {goodThomas<double, 2, size2<double>, 3, foldedPlain<double>>}}, {7, {foldedPlain<double>, true}}, {8, {size8Road64}},
-    {12, {goodThomas<double, 3, foldedPlain<double>, 4, size4<double>>}},
-    {15, {goodThomas<double, 5, foldedPlain<double>, 3, foldedPlain<double>>}},
-    {20, {goodThomas<double, 5, foldedPlain<double>, 4, size4<double>>}},
+    {2, {size2<double>}}, {3, {fold64}}, {4, {size4<double>}}, {5, {fold64}},
+    {6, {goodThomas<double, 2, size2<double>, 3, fold64>}}, {7, {fold64, true}}, {8, {size8Road64}},
+    {12, {goodThomas<double, 3, fold64, 4, size4<double>>}}, {15, {goodThomas<double, 5, fold64, 3, fold64>}},
+    {20, {goodThomas<double, 5, fold64, 4, size4<double>>}},
 };
 
 template <class T>
