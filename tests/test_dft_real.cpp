@@ -79,23 +79,20 @@ TEST_P(RealKernelTest, CallFrame) { expectCallFrame(k); }
 TEST(RealThreads, ConcurrentCallsGiveTheBytesOfOneThread)
 {
     const std::vector<RealKernel> kernels = allRealKernels();
-    const auto runAll = [&](std::vector<std::vector<unsigned char>>& outs) {
-        for (size_t i = 0; i < kernels.size(); ++i) {
-            const RealKernel& k = kernels[i];
-            const auto input = randomInput(k, 6);
-            outs[i].assign(k.outCells() * k.realBytes(), 0);
-            k.run(input.data(), outs[i].data(), ScaleDivBySqrtN);
-        }
+    using Outputs = std::vector<std::vector<unsigned char>>;
+    const auto runAll = [&](Outputs& outs) {
+        for (const RealKernel& k : kernels)
+            outs.push_back(runKernel(k, randomInput(k, 6), ScaleDivBySqrtN));
     };
-    std::vector<std::vector<unsigned char>> serial(kernels.size());
+    Outputs serial;
     runAll(serial);
-    std::vector<std::vector<std::vector<unsigned char>>> parallel(4, std::vector<std::vector<unsigned char>>(kernels.size()));
+    std::vector<Outputs> parallel(4);
     std::vector<std::thread> threads;
-    for (auto& outs : parallel)
+    for (Outputs& outs : parallel)
         threads.emplace_back([&runAll, &outs] { runAll(outs); });
     for (std::thread& t : threads)
         t.join();
-    for (const auto& outs : parallel)
+    for (const Outputs& outs : parallel)
         for (size_t i = 0; i < kernels.size(); ++i)
             EXPECT_EQ(outs[i], serial[i]) << kernels[i].name();
 }
@@ -183,82 +180,57 @@ TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPairThatMultipliesTo1OverN)
     EXPECT_EQ(pairs, 5);
 }
 
-// The tests of one size and type across layouts, run from its CCS kernel.
-using RealForwardSizeTest = RealKernelTest;
-using RealInverseSizeTest = RealKernelTest;
+// The tests of one size, type and direction across layouts, run from its
+// CCS kernel.
+using RealLayoutTest = RealKernelTest;
 
-// A value has the same bits in every layout.
-TEST_P(RealForwardSizeTest, SameValueBitsInEveryLayout)
+// The layouts are one graph: for one signal every forward layout holds the
+// bits of the CCS values, and for one spectrum every reader gives the bytes
+// of the CCS reader.
+TEST_P(RealLayoutTest, EveryLayoutHoldsTheSameBits)
 {
-    const auto input = randomInput(k, 3);
-    const auto ccs = runKernel(k, input, ScaleDivForwardByN);
+    const bool forward = k.family == RealFamily::Forward;
+    const auto input = randomInput(k, 3), output = runKernel(k, input, ScaleDivBySqrtN);
     for (Layout l : {Layout::Pack, Layout::Perm}) {
-        const RealKernel other = k.sibling(RealFamily::Forward, l);
+        const RealKernel other = k.sibling(k.family, l);
         ASSERT_NE(other.fn, nullptr);
-        const auto out = runKernel(other, input, ScaleDivForwardByN);
+        // The CCS spectrum moved into the cells of layout l.
+        std::vector<unsigned char> moved(layoutCells(l, k.size) * k.realBytes());
         for (int b = 0; 2 * b <= k.size; ++b)
             for (bool imaginary : {false, true})
-                if (const int cell = cellOf(l, k.size, b, imaginary); cell >= 0) {
-                    const int from = cellOf(Layout::CCS, k.size, b, imaginary);
-                    EXPECT_EQ(0, std::memcmp(&ccs[from * k.realBytes()], &out[cell * k.realBytes()], k.realBytes()))
-                        << layoutName(l) << (imaginary ? " I[" : " R[") << b << "]";
-                }
-    }
-}
-
-// CCS cells 1 and (even N) N+1 hold +0.0 stored as a constant: no input
-// reaches them, not a NaN or an infinity.
-TEST_P(RealForwardSizeTest, ConstantCellsOfCcsStayPositiveZero)
-{
-    for (long double value : {0.0L, std::numeric_limits<long double>::quiet_NaN(),
-                              std::numeric_limits<long double>::infinity(), -1.0L}) {
-        const auto out = runKernel(k, filledInput(k, value), ScaleNoDivide);
-        EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), 1))) << "input " << static_cast<double>(value);
-        if (k.size % 2 == 0) {
-            EXPECT_TRUE(isPositiveZero(numberAt(k, out.data(), k.size + 1)));
+                if (const int cell = cellOf(l, k.size, b, imaginary); cell >= 0)
+                    std::memcpy(&moved[cell * k.realBytes()],
+                                &(forward ? output : input)[cellOf(Layout::CCS, k.size, b, imaginary) * k.realBytes()],
+                                k.realBytes());
+        if (forward) {
+            EXPECT_EQ(runKernel(other, input, ScaleDivBySqrtN), moved) << layoutName(l);
+        } else {
+            EXPECT_EQ(runKernel(other, moved, ScaleDivBySqrtN), output) << layoutName(l);
         }
     }
 }
 
-// The three readers share one graph: for one spectrum they give the same
-// bytes at every size.
-TEST_P(RealInverseSizeTest, ReadersAgreeInBytes)
+// CCS cells 1 and (even N) N+1, I[0] and I[N/2], are constants: a forward
+// kernel stores +0.0 there whatever its input (NaN, infinity), and an
+// inverse kernel never reads them (NaN or infinity give the bytes of +0.0).
+TEST_P(RealLayoutTest, CcsEdgeImaginaryCellsAreConstant)
 {
-    const auto ccsInput = randomInput(k, 32);
-    const auto reference = runKernel(k, ccsInput, ScaleDivBySqrtN);
-    for (Layout l : {Layout::Pack, Layout::Perm}) {
-        const RealKernel reader = k.sibling(RealFamily::Inverse, l);
-        ASSERT_NE(reader.fn, nullptr);
-        std::vector<unsigned char> cells(reader.inCells() * k.realBytes());
-        for (int b = 0; 2 * b <= k.size; ++b)
-            for (bool imaginary : {false, true})
-                if (const int to = cellOf(l, k.size, b, imaginary); to >= 0)
-                    setNumber(k, cells.data(), to, numberAt(k, ccsInput.data(), cellOf(Layout::CCS, k.size, b, imaginary)));
-        EXPECT_EQ(runKernel(reader, cells, ScaleDivBySqrtN), reference) << layoutName(l);
+    const bool forward = k.family == RealFamily::Forward;
+    const std::vector<int> edges = k.size % 2 ? std::vector<int>{1} : std::vector<int>{1, k.size + 1};
+    std::vector<unsigned char> zeroEdges;
+    for (long double value : {0.0L, std::numeric_limits<long double>::quiet_NaN(),
+                              std::numeric_limits<long double>::infinity(), -1.0L}) {
+        auto input = forward ? filledInput(k, value) : randomInput(k, 33);
+        for (int cell : edges)
+            if (!forward)
+                setNumber(k, input.data(), cell, value);
+        const auto out = runKernel(k, input, ScaleNoDivide);
+        if (zeroEdges.empty())
+            zeroEdges = out; // the first value is 0
+        for (int cell : edges)
+            EXPECT_TRUE(forward ? isPositiveZero(numberAt(k, out.data(), cell)) : out == zeroEdges)
+                << "cell " << cell << " holding " << static_cast<double>(value);
     }
-}
-
-// CCS cells 1 and (even N) N+1 are never read: NaN or infinity there gives
-// the bytes of zeros.
-TEST_P(RealInverseSizeTest, IgnoredCcsCellsHaveNoEffect)
-{
-    auto input = randomInput(k, 33);
-    const auto setEdges = [&](long double v) {
-        setNumber(k, input.data(), 1, v);
-        if (k.size % 2 == 0)
-            setNumber(k, input.data(), k.size + 1, -v);
-    };
-    setEdges(0);
-    const auto reference = runKernel(k, input, ScaleNoDivide);
-    for (long double junk : {std::numeric_limits<long double>::quiet_NaN(), std::numeric_limits<long double>::infinity()}) {
-        setEdges(junk);
-        EXPECT_EQ(runKernel(k, input, ScaleNoDivide), reference) << static_cast<double>(junk);
-    }
-}
-
-std::vector<RealKernel> ccsKernels(RealFamily family)
-{
-    return kernelsWhere(builtRealKernels(family), [](const RealKernel& k) { return k.layout == Layout::CCS; });
 }
 
 INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ::testing::ValuesIn(allRealKernels()),
@@ -267,9 +239,12 @@ INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest,
                          ::testing::ValuesIn(kernelsWhere(allRealKernels(),
                                                           [](const RealKernel& k) { return k.family != RealFamily::Inverse; })),
                          [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealForwardSizeTest, ::testing::ValuesIn(ccsKernels(RealFamily::Forward)),
-                         [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealInverseSizeTest, ::testing::ValuesIn(ccsKernels(RealFamily::Inverse)),
+INSTANTIATE_TEST_SUITE_P(Built, RealLayoutTest,
+                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
+                                                          [](const RealKernel& k) {
+                                                              return k.family != RealFamily::Hartley &&
+                                                                     k.layout == Layout::CCS;
+                                                          })),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
 } // namespace
