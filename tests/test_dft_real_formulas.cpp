@@ -24,8 +24,10 @@ namespace {
 
 using W = double; // the type of statements with a constant product
 
-const double kCos5[] = {1, 0.30901699437494745, -0.8090169943749475}, kSin5[] = {0, 0.9510565162951535, 0.5877852522924731};
-const double kSin3 = 0.8660254037844386, kRoot2 = 0.7071067811865476;
+// cos and sin of 2 pi j/n as the kernels hold them: the binary64 nearest to
+// the long-double value.
+W cosOf(int n, int j) { return static_cast<W>(std::cos(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
+W sinOf(int n, int j) { return static_cast<W>(std::sin(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
 
 // R[k] and I[k], k = 0 .. n/2.
 template <class T>
@@ -35,11 +37,11 @@ struct Spectrum {
 
 // A forward statement that ends in an output: v times the factor, negated
 // as 0 - v where the graph yields -I, rounded to T once.
-template <class T, class S>
-T output(S v, T f, bool negate)
+template <class T>
+T output(W v, T f, bool negate)
 {
-    const S scaled = v * static_cast<S>(f);
-    return static_cast<T>(negate ? S(0) - scaled : scaled);
+    const W scaled = v * W(f);
+    return static_cast<T>(negate ? 0 - scaled : scaled);
 }
 
 template <class T>
@@ -59,22 +61,6 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
         X.im[1] = T(0) - d * f;
         break;
     }
-    case 3: {
-        const T a = x[1] + x[2], b = x[1] - x[2];
-        X.re[0] = (x[0] + a) * f;
-        X.re[1] = output<T, W>(W(x[0]) - 0.5 * W(a), f, false);
-        X.im[1] = output<T, W>(kSin3 * W(b), f, true);
-        break;
-    }
-    case 5: {
-        const T a1 = x[1] + x[4], a2 = x[2] + x[3], b1 = x[1] - x[4], b2 = x[2] - x[3];
-        X.re[0] = (x[0] + (a1 + a2)) * f;
-        X.re[1] = output<T, W>((W(x[0]) + kCos5[1] * W(a1)) + kCos5[2] * W(a2), f, false);
-        X.re[2] = output<T, W>((W(x[0]) + kCos5[2] * W(a1)) + kCos5[1] * W(a2), f, false);
-        X.im[1] = output<T, W>(kSin5[1] * W(b1) + kSin5[2] * W(b2), f, true);
-        X.im[2] = output<T, W>(kSin5[2] * W(b1) - kSin5[1] * W(b2), f, true);
-        break;
-    }
     case 8: {
         T a[4], b[4];
         for (int i = 0; i < 4; ++i) {
@@ -87,7 +73,7 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
         X.re[2] = (a[0] - a[2]) * f;
         X.im[2] = T(0) - (a[1] - a[3]) * f;
         // Products alone, each rounded to T; the sums after them in T.
-        const T p = static_cast<T>(kRoot2 * W(b[1])), q = static_cast<T>(kRoot2 * W(b[3]));
+        const T p = static_cast<T>(cosOf(8, 1) * W(b[1])), q = static_cast<T>(cosOf(8, 1) * W(b[3]));
         const T u = p - q, v = p + q;
         X.re[1] = (b[0] + u) * f;
         X.re[3] = (b[0] - u) * f;
@@ -96,10 +82,11 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
         break;
     }
     default: {
-        // Direct folding (binary32 only): each output one binary64 statement
-        // (x[0] and the products, then the factor and the 0 - v) rounded
-        // once, so that the order of its sums, which is free, shows only
-        // through that rounding. a[j], b[j] and the zero bin are binary32.
+        // Direct folding (3 and 5, and 7 and 11 in binary32): each output
+        // one statement (x[0] and the products, then the factor and the
+        // 0 - v) rounded once, so that the order of its sums, which is free
+        // from 7 on, shows only through that rounding. a[j], b[j] and the
+        // zero bin are of type T.
         const int h = (n - 1) / 2;
         std::vector<T> a(h + 1), b(h + 1);
         T zero = T(0);
@@ -112,12 +99,11 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
         for (int k = 1; k <= h; ++k) {
             W re = W(x[0]), im = 0;
             for (int j = 1; j <= h; ++j) {
-                const long double angle = 2 * std::numbers::pi_v<long double> * (j * k % n) / n;
-                re += static_cast<W>(std::cos(angle)) * W(a[j]);
-                im += static_cast<W>(std::sin(angle)) * W(b[j]);
+                re += cosOf(n, j * k) * W(a[j]);
+                im += sinOf(n, j * k) * W(b[j]);
             }
-            X.re[k] = output<T, W>(re, f, false);
-            X.im[k] = output<T, W>(im, f, true);
+            X.re[k] = output<T>(re, f, false);
+            X.im[k] = output<T>(im, f, true);
         }
         break;
     }
@@ -126,8 +112,8 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
 }
 
 // y from the CCS cells: every interior cell doubled first in T; the last
-// sum before an output and the factor in T. Folding leaves y[0], a binary32
-// sum in an open order, unpinned (left out of the result).
+// sum before an output and the factor in T. Folding from 5 on leaves y[0],
+// a binary32 sum in an open order, unpinned (left out of the result).
 template <class T>
 std::vector<std::optional<T>> inverseSteps(int n, const std::vector<T>& cells, T f)
 {
@@ -138,11 +124,6 @@ std::vector<std::optional<T>> inverseSteps(int n, const std::vector<T>& cells, T
     std::vector<std::optional<T>> y(n);
     switch (n) {
     case 2: y = {R(0) + R(1), R(0) - R(1)}; break;
-    case 3: {
-        const T a = r(1), w = static_cast<T>(W(R(0)) - 0.5 * W(a)), v = product(kSin3, i(1));
-        y = {a + R(0), w - v, w + v};
-        break;
-    }
     case 4: {
         const T p = R(0) + R(2), q = R(0) - R(2), a = r(1), b = i(1);
         y = {p + a, q - b, p - a, q + b};
@@ -152,17 +133,18 @@ std::vector<std::optional<T>> inverseSteps(int n, const std::vector<T>& cells, T
         const T p = R(0) + R(4), q = R(0) - R(4);
         const T A = p + r(2), B = p - r(2), C = q + i(2), D = q - i(2);
         const T E = r(1) + r(3), F = r(1) - r(3), G = i(1) + i(3), H = i(1) - i(3);
-        const T u = product(kRoot2, F), v = product(kRoot2, G), s = u + v, t = u - v;
+        const T u = product(cosOf(8, 1), F), v = product(cosOf(8, 1), G), s = u + v, t = u - v;
         y = {A + E, D + t, B - H, C - s, A - E, D - t, B + H, C + s};
         break;
     }
-    default: // direct folding: A[m] and B[m] each one binary64 statement
+    default: // direct folding: A[m] and B[m] each one statement
+        if (n == 3)
+            y[0] = r(1) + R(0);
         for (int m = 1; 2 * m < n; ++m) {
             W A = R(0), B = 0;
             for (int k = 1; 2 * k < n; ++k) {
-                const long double angle = 2 * std::numbers::pi_v<long double> * (m * k % n) / n;
-                A += static_cast<double>(std::cos(angle)) * W(r(k));
-                B += static_cast<double>(std::sin(angle)) * W(i(k));
+                A += cosOf(n, m * k) * W(r(k));
+                B += sinOf(n, m * k) * W(i(k));
             }
             y[m] = static_cast<T>(A) - static_cast<T>(B);
             y[n - m] = static_cast<T>(A) + static_cast<T>(B);
@@ -260,7 +242,7 @@ TEST(RealWrittenSteps, Size5RoundingPointsShowInTheBits)
         ASSERT_EQ(hartley.run(x.data(), H.data(), ScaleNoDivide), StatusOk);
         const float a1 = x[1] + x[4], a2 = x[2] + x[3], b1 = x[1] - x[4], b2 = x[2] - x[3];
         plainDiffers += X[2] != (x[0] + 0.309017f * a1) - 0.809017f * a2;
-        const W p = (W(x[0]) + kCos5[1] * a1) + kCos5[2] * a2, q = kSin5[1] * b1 + kSin5[2] * b2;
+        const W p = (W(x[0]) + cosOf(5, 1) * a1) + cosOf(5, 2) * a2, q = sinOf(5, 1) * b1 + sinOf(5, 2) * b2;
         unroundedDiffers += H[1] != static_cast<float>(p + q);
     }
     EXPECT_GT(plainDiffers, 0);
