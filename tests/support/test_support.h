@@ -108,14 +108,10 @@ inline double scaleFactor(bool is64, int n, int flag, bool dividesByN)
 template <class Kernel>
 std::vector<unsigned char> randomInput(const Kernel& k, unsigned seed)
 {
+    const auto v = randomReals<double>(k.inCells(), seed);
     std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
-    if (k.is64()) {
-        const auto v = randomReals<double>(k.inCells(), seed);
-        std::memcpy(bytes.data(), v.data(), bytes.size());
-    } else {
-        const auto v = randomReals<float>(k.inCells(), seed);
-        std::memcpy(bytes.data(), v.data(), bytes.size());
-    }
+    for (int i = 0; i < k.inCells(); ++i)
+        setNumber(k, bytes.data(), i, v[i]);
     return bytes;
 }
 
