@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <cstring>
 #include <limits>
 #include <numbers>
@@ -19,39 +20,35 @@ namespace {
 
 bool isPositiveZero(long double v) { return v == 0 && !std::signbit(v); }
 
-// The unscaled definition in long double, in the kernel's output cells:
-// X[k] = sum x[j] e^(-2 pi i jk/N) into the layout; y[j] = R[0] + (-1)^j
-// R[N/2] + 2 sum (R[k] cos - I[k] sin), I[0] and I[N/2] unread; H[k] = sum
-// x[j] (cos + sin). Sums start at +0, so zeros give +0 and a unit in cell 0
-// gives exactly 1 or +0.
+// The unscaled definition in long double through the direct DFT, in the
+// kernel's output cells: X into the layout; y the inverse DFT of the
+// Hermitian spectrum the layout holds (I[0] and I[N/2] unread); H = Re X -
+// Im X. Sums start at +0, so zeros give +0 and a unit in cell 0 gives
+// exactly 1 or +0.
 std::vector<long double> definition(const RealKernel& k, const std::vector<unsigned char>& input)
 {
     const int n = k.size;
-    const auto x = [&](int i) { return numberAt(k, input.data(), i); };
-    const auto angle = [n](long long a, long long b) {
-        return 2 * std::numbers::pi_v<long double> * (a * b % n) / n;
-    };
-    std::vector<long double> out(k.outCells(), 0.0L);
-    if (k.family == RealFamily::Inverse) {
-        const auto spectrum = [&](int b, bool imaginary) {
-            const int cell = cellOf(k.layout, n, b, imaginary);
-            return cell < 0 ? 0 : x(cell);
-        };
-        for (int j = 0; j < n; ++j) {
-            out[j] += spectrum(0, false) + (n % 2 ? 0 : (j % 2 ? -1 : 1) * spectrum(n / 2, false));
-            for (int b = 1; 2 * b < n; ++b)
-                out[j] += 2 * (spectrum(b, false) * std::cos(angle(j, b)) - spectrum(b, true) * std::sin(angle(j, b)));
+    const bool inverse = k.family == RealFamily::Inverse;
+    std::vector<std::complex<long double>> z(n);
+    if (!inverse)
+        for (int i = 0; i < n; ++i)
+            z[i] = numberAt(k, input.data(), i);
+    else
+        for (int b = 0; 2 * b <= n; ++b) {
+            const int im = cellOf(k.layout, n, b, true);
+            z[b] = {numberAt(k, input.data(), cellOf(k.layout, n, b, false)),
+                    im < 0 || b == 0 || 2 * b == n ? 0 : numberAt(k, input.data(), im)};
+            z[(n - b) % n] = std::conj(z[b]);
         }
-        return out;
-    }
-    for (int b = 0; b < (k.family == RealFamily::Hartley ? n : n / 2 + 1); ++b)
-        for (bool imaginary : {false, true}) {
-            const int cell = k.family == RealFamily::Hartley ? (imaginary ? -1 : b) : cellOf(k.layout, n, b, imaginary);
-            for (int j = 0; cell >= 0 && j < n; ++j) {
-                const long double c = std::cos(angle(j, b)), s = std::sin(angle(j, b));
-                out[cell] += x(j) * (k.family == RealFamily::Hartley ? c + s : imaginary ? -s : c);
-            }
-        }
+    const auto Z = directDft(z, inverse);
+    std::vector<long double> out(k.outCells());
+    for (int b = 0; b < n; ++b)
+        if (k.family != RealFamily::Forward)
+            out[b] = inverse ? Z[b].real() : Z[b].real() - Z[b].imag();
+        else if (2 * b <= n)
+            for (bool imaginary : {false, true})
+                if (const int cell = cellOf(k.layout, n, b, imaginary); cell >= 0)
+                    out[cell] = imaginary ? Z[b].imag() : Z[b].real();
     return out;
 }
 
