@@ -17,7 +17,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -151,55 +150,46 @@ bool digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run 
     return true;
 }
 
-std::string format(const Digests& digests)
+std::string hex(uint64_t hash)
 {
-    std::ostringstream text;
-    char hex[17];
-    for (const auto& [name, hash] : digests) {
-        std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
-        text << name << " " << hex << "\n";
-    }
-    return text.str();
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+    return text;
 }
 
-// Lines "kernel path hash" of a digest file, keyed by "kernel path".
-std::map<std::string, std::string> parse(std::istream& in)
-{
-    std::map<std::string, std::string> lines;
-    std::string kernel, path, hash;
-    while (in >> kernel >> path >> hash)
-        lines[kernel + " " + path] = hash;
-    return lines;
-}
-
-// Names every line that changed, appeared or disappeared.
-int check(const std::string& text, const std::string& committedPath)
+// Names every line that changed, appeared or disappeared against the
+// committed file of lines "kernel path hash".
+int check(const Digests& digests, const std::string& committedPath)
 {
     std::ifstream file(committedPath);
-    if (!file) {
+    std::map<std::string, std::string> committed;
+    for (std::string kernel, path, hash; file >> kernel >> path >> hash;)
+        committed[kernel + " " + path] = hash;
+    if (committed.empty()) {
         std::cerr << "cannot read " << committedPath << "\n";
         return 1;
     }
-    std::istringstream now(text);
-    const auto expected = parse(file), actual = parse(now);
+    const size_t total = committed.size();
     int changed = 0;
-    for (const auto& [key, hash] : expected) {
-        const auto it = actual.find(key);
-        if (it == actual.end())
-            std::cerr << "missing: " << key << "\n", ++changed;
-        else if (it->second != hash)
-            std::cerr << "changed: " << key << " " << hash << " -> " << it->second << "\n", ++changed;
+    for (const auto& [key, hash] : digests) {
+        const auto it = committed.find(key);
+        if (it == committed.end()) {
+            std::cerr << "new:     " << key << " " << hex(hash) << "\n", ++changed;
+            continue;
+        }
+        if (it->second != hex(hash))
+            std::cerr << "changed: " << key << " " << it->second << " -> " << hex(hash) << "\n", ++changed;
+        committed.erase(it);
     }
-    for (const auto& [key, hash] : actual)
-        if (!expected.count(key))
-            std::cerr << "new:     " << key << " " << hash << "\n", ++changed;
+    for (const auto& [key, hash] : committed)
+        std::cerr << "missing: " << key << "\n", ++changed;
     if (changed) {
-        std::cerr << changed << " of " << expected.size()
+        std::cerr << changed << " of " << total
                   << " kernel digests differ from the committed ones; if the change of bits is meant, run the "
                      "update-digests target and name it in the commit message\n";
         return 1;
     }
-    std::cout << actual.size() << " kernel digests equal the committed ones\n";
+    std::cout << digests.size() << " kernel digests equal the committed ones\n";
     return 0;
 }
 
@@ -239,14 +229,14 @@ int main(int argc, char** argv)
         std::cerr << "a kernel returned a failure status on valid arguments\n";
         return 1;
     }
-    const std::string text = format(digests);
     if (!writePath.empty()) {
         std::ofstream out(writePath);
-        out << text;
+        for (const auto& [name, hash] : digests)
+            out << name << " " << hex(hash) << "\n";
         if (!out) {
             std::cerr << "cannot write " << writePath << "\n";
             return 1;
         }
     }
-    return checkPath.empty() ? 0 : check(text, checkPath);
+    return checkPath.empty() ? 0 : check(digests, checkPath);
 }
