@@ -222,7 +222,8 @@ int main(int argc, char** argv)
         digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Forward)) &&
         digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Inverse)) &&
         digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Hartley)) &&
-        digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) && digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
+        digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
+        digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
         digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
         digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
     if (!ok) {

@@ -156,8 +156,8 @@ TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
             continue;
         }
         for (int c = 0; c < k.outCells(); ++c)
-            EXPECT_NEAR(static_cast<double>(numberAt(k, got.data(), c)), static_cast<double>(numberAt(k, want.data(), c)),
-                        k.is64() ? 1e-14 : 3e-6)
+            EXPECT_NEAR(static_cast<double>(numberAt(k, got.data(), c)),
+                        static_cast<double>(numberAt(k, want.data(), c)), k.is64() ? 1e-14 : 3e-6)
                 << "seed " << seed << " cell " << c;
     }
 }
@@ -180,7 +180,8 @@ TEST_P(ComplexPairTest, RoundTripUnderEachFlag)
 }
 
 INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest,
-                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(), [](const auto& k) { return !k.inverse; })),
+                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),
+                                                          [](const auto& k) { return !k.inverse; })),
                          [](const auto& info) { return kernelLabel(info.param); });
 
 } // namespace

@@ -43,8 +43,8 @@ void expectBits(const std::vector<Cx<T>>& got, const std::vector<Cx<T>>& want)
 {
     ASSERT_EQ(got.size(), want.size());
     for (size_t k = 0; k < got.size(); ++k) {
-        EXPECT_TRUE(sameBits(&got[k].re, &want[k].re, 1)) << "re of bin " << k << ": " << got[k].re << " vs " << want[k].re;
-        EXPECT_TRUE(sameBits(&got[k].im, &want[k].im, 1)) << "im of bin " << k << ": " << got[k].im << " vs " << want[k].im;
+        EXPECT_TRUE(sameBits(&got[k].re, &want[k].re, 1)) << "re[" << k << "]: " << got[k].re << " vs " << want[k].re;
+        EXPECT_TRUE(sameBits(&got[k].im, &want[k].im, 1)) << "im[" << k << "]: " << got[k].im << " vs " << want[k].im;
     }
 }
 

@@ -58,7 +58,8 @@ protected:
     // A few units of the element type times log2 N sqrt N.
     long double bound(int units) const
     {
-        const long double eps = k.is64() ? std::numeric_limits<double>::epsilon() : std::numeric_limits<float>::epsilon();
+        const long double eps =
+            k.is64() ? std::numeric_limits<double>::epsilon() : std::numeric_limits<float>::epsilon();
         return units * eps * std::log2(k.size + 1.0L) * std::sqrt(k.size + 0.0L);
     }
     std::vector<unsigned char> unitInput() const
@@ -169,8 +170,8 @@ TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPairThatMultipliesTo1OverN)
             ++pairs;
             const auto out = runKernel(back, runKernel(k, x, first), second);
             for (int n = 0; n < k.size; ++n)
-                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), n)), static_cast<double>(numberAt(k, x.data(), n)),
-                            static_cast<double>(bound(16)))
+                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), n)),
+                            static_cast<double>(numberAt(k, x.data(), n)), static_cast<double>(bound(16)))
                     << "x[" << n << "] flags " << first << ", " << second;
         }
     EXPECT_EQ(pairs, 5);
@@ -233,7 +234,9 @@ INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ::testing::ValuesIn(allRealKerne
                          [](const auto& info) { return realKernelLabel(info.param); });
 INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest,
                          ::testing::ValuesIn(kernelsWhere(allRealKernels(),
-                                                          [](const RealKernel& k) { return k.family != RealFamily::Inverse; })),
+                                                          [](const RealKernel& k) {
+                                                              return k.family != RealFamily::Inverse;
+                                                          })),
                          [](const auto& info) { return realKernelLabel(info.param); });
 INSTANTIATE_TEST_SUITE_P(Built, RealLayoutTest,
                          ::testing::ValuesIn(kernelsWhere(allRealKernels(),

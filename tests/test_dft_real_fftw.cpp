@@ -72,7 +72,8 @@ TEST_P(RealFftwOracleTest, AgreesWithFftw)
             x[i] = static_cast<double>(numberAt(k, src.data(), i));
         const auto want = fftwOf(k, x);
         for (int c = 0; c < k.outCells(); ++c)
-            EXPECT_NEAR(static_cast<double>(numberAt(k, dst.data(), c)), want[c], bound) << "seed " << seed << " cell " << c;
+            EXPECT_NEAR(static_cast<double>(numberAt(k, dst.data(), c)), want[c], bound)
+                << "seed " << seed << " cell " << c;
     }
 }
 

@@ -210,7 +210,8 @@ void expectWrittenSteps(const RealKernel& k)
             for (int c = 0; c < k.outCells(); ++c)
                 if (s.out[c]) {
                     EXPECT_EQ(0, std::memcmp(&got[c], &*s.out[c], sizeof(T)))
-                        << "cell " << c << " flag " << flag << " seed " << seed << ": " << got[c] << " vs " << *s.out[c];
+                        << "cell " << c << " flag " << flag << " seed " << seed << ": " << got[c] << " vs "
+                        << *s.out[c];
                 }
         }
 }
@@ -250,8 +251,9 @@ TEST(RealWrittenSteps, Size5RoundingPointsShowInTheBits)
 }
 
 // Sizes written out, by family: in binary64, and in binary32.
-const std::map<RealFamily, std::set<int>> kWritten64 = {
-    {RealFamily::Forward, {2, 3, 4, 5, 8}}, {RealFamily::Inverse, {2, 3, 4, 8}}, {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
+const std::map<RealFamily, std::set<int>> kWritten64 = {{RealFamily::Forward, {2, 3, 4, 5, 8}},
+                                                        {RealFamily::Inverse, {2, 3, 4, 8}},
+                                                        {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
 const std::map<RealFamily, std::set<int>> kWritten32 = {{RealFamily::Forward, {2, 3, 4, 5, 7, 8, 11}},
                                                         {RealFamily::Inverse, {2, 3, 4, 5, 7, 8}},
                                                         {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
