@@ -29,12 +29,6 @@ using W = double; // the type of statements with a constant product
 W cosOf(int n, int j) { return static_cast<W>(std::cos(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
 W sinOf(int n, int j) { return static_cast<W>(std::sin(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
 
-// R[k] and I[k], k = 0 .. n/2.
-template <class T>
-struct Spectrum {
-    std::vector<T> re, im;
-};
-
 // A forward statement that ends in an output: v times the factor, negated
 // as 0 - v where the graph yields -I, rounded to T once.
 template <class T>
@@ -44,21 +38,24 @@ T output(W v, T f, bool negate)
     return static_cast<T>(negate ? 0 - scaled : scaled);
 }
 
+// The CCS cells: R[k] and I[k], k = 0 .. n/2.
 template <class T>
-Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
+std::vector<T> forwardSteps(int n, const std::vector<T>& x, T f)
 {
-    Spectrum<T> X{std::vector<T>(n / 2 + 1, T(0)), std::vector<T>(n / 2 + 1, T(0))};
+    std::vector<T> X(n + 2, T(0));
+    const auto re = [&X](int k) -> T& { return X[2 * k]; };
+    const auto im = [&X](int k) -> T& { return X[2 * k + 1]; };
     switch (n) {
     case 2:
-        X.re[0] = (x[0] + x[1]) * f;
-        X.re[1] = (x[0] - x[1]) * f;
+        re(0) = (x[0] + x[1]) * f;
+        re(1) = (x[0] - x[1]) * f;
         break;
     case 4: {
         const T a = x[0] + x[2], b = x[0] - x[2], c = x[1] + x[3], d = x[1] - x[3];
-        X.re[0] = (a + c) * f;
-        X.re[2] = (a - c) * f;
-        X.re[1] = b * f;
-        X.im[1] = T(0) - d * f;
+        re(0) = (a + c) * f;
+        re(2) = (a - c) * f;
+        re(1) = b * f;
+        im(1) = T(0) - d * f;
         break;
     }
     case 8: {
@@ -68,17 +65,17 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
             b[i] = x[i] - x[i + 4];
         }
         const T e = a[0] + a[2], g = a[1] + a[3];
-        X.re[0] = (e + g) * f;
-        X.re[4] = (e - g) * f;
-        X.re[2] = (a[0] - a[2]) * f;
-        X.im[2] = T(0) - (a[1] - a[3]) * f;
+        re(0) = (e + g) * f;
+        re(4) = (e - g) * f;
+        re(2) = (a[0] - a[2]) * f;
+        im(2) = T(0) - (a[1] - a[3]) * f;
         // Products alone, each rounded to T; the sums after them in T.
         const T p = static_cast<T>(cosOf(8, 1) * W(b[1])), q = static_cast<T>(cosOf(8, 1) * W(b[3]));
         const T u = p - q, v = p + q;
-        X.re[1] = (b[0] + u) * f;
-        X.re[3] = (b[0] - u) * f;
-        X.im[1] = T(0) - (b[2] + v) * f;
-        X.im[3] = T(0) - (v - b[2]) * f;
+        re(1) = (b[0] + u) * f;
+        re(3) = (b[0] - u) * f;
+        im(1) = T(0) - (b[2] + v) * f;
+        im(3) = T(0) - (v - b[2]) * f;
         break;
     }
     default: {
@@ -95,15 +92,15 @@ Spectrum<T> forwardSteps(int n, const std::vector<T>& x, T f)
             b[j] = x[j] - x[n - j];
             zero = j == 1 ? a[1] : zero + a[j];
         }
-        X.re[0] = (x[0] + zero) * f;
+        re(0) = (x[0] + zero) * f;
         for (int k = 1; k <= h; ++k) {
-            W re = W(x[0]), im = 0;
+            W m = W(x[0]), t = 0;
             for (int j = 1; j <= h; ++j) {
-                re += cosOf(n, j * k) * W(a[j]);
-                im += sinOf(n, j * k) * W(b[j]);
+                m += cosOf(n, j * k) * W(a[j]);
+                t += sinOf(n, j * k) * W(b[j]);
             }
-            X.re[k] = output<T>(re, f, false);
-            X.im[k] = output<T>(im, f, true);
+            re(k) = output<T>(m, f, false);
+            im(k) = output<T>(t, f, true);
         }
         break;
     }
@@ -163,6 +160,16 @@ struct Steps {
     std::vector<std::optional<T>> out;
 };
 
+// CCS cells moved into the cells of a layout.
+template <class T, class Cells>
+void toLayout(const std::vector<T>& ccs, Layout l, int n, Cells& cells)
+{
+    for (int b = 0; 2 * b <= n; ++b)
+        for (bool imaginary : {false, true})
+            if (const int cell = cellOf(l, n, b, imaginary); cell >= 0)
+                cells[cell] = ccs[2 * b + imaginary];
+}
+
 template <class T>
 Steps<T> writtenSteps(const RealKernel& k, unsigned seed, T f)
 {
@@ -170,31 +177,24 @@ Steps<T> writtenSteps(const RealKernel& k, unsigned seed, T f)
     Steps<T> s{std::vector<T>(k.inCells()), std::vector<std::optional<T>>(k.outCells())};
     if (k.family == RealFamily::Inverse) {
         const std::vector<T> ccs = randomReals<T>(n + 2, 500 + seed, T(-4), T(4));
-        for (int b = 0; 2 * b <= n; ++b)
-            for (bool imaginary : {false, true})
-                if (const int to = cellOf(k.layout, n, b, imaginary); to >= 0)
-                    s.input[to] = ccs[2 * b + imaginary];
+        toLayout(ccs, k.layout, n, s.input);
         s.out = inverseSteps<T>(n, ccs, f);
         return s;
     }
     s.input = randomReals<T>(n, (k.family == RealFamily::Forward ? 300 : 600) + seed, T(-4), T(4));
     if (k.family == RealFamily::Forward) {
-        const Spectrum<T> X = forwardSteps<T>(n, s.input, f);
-        for (int b = 0; 2 * b <= n; ++b)
-            for (bool imaginary : {false, true})
-                if (const int cell = cellOf(k.layout, n, b, imaginary); cell >= 0)
-                    s.out[cell] = imaginary ? X.im[b] : X.re[b];
+        toLayout(forwardSteps<T>(n, s.input, f), k.layout, n, s.out);
         return s;
     }
     // Hartley: the forward steps without factor or negation give the parts
     // P = R[k] and Q = -I[k], each rounded; H[k] = P + Q and H[N-k] = P - Q
     // in T, then the factor.
-    const Spectrum<T> X = forwardSteps<T>(n, s.input, T(1));
+    const std::vector<T> X = forwardSteps<T>(n, s.input, T(1));
     for (int b = 0; 2 * b <= n; ++b) {
         const bool edge = b == 0 || 2 * b == n;
-        s.out[b] = (edge ? X.re[b] : X.re[b] - X.im[b]) * f;
+        s.out[b] = (edge ? X[2 * b] : X[2 * b] - X[2 * b + 1]) * f;
         if (!edge)
-            s.out[n - b] = (X.re[b] + X.im[b]) * f;
+            s.out[n - b] = (X[2 * b] + X[2 * b + 1]) * f;
     }
     return s;
 }
