@@ -1,11 +1,10 @@
 // The generator's own layers, where a fault would not show in any single
-// kernel's output: the transpose of a graph, the one-value rule of named
+// kernel's output: the adjoint of a graph, the one-value rule of named
 // constants, the forms of a rotation, and the statements of binary32
 // kernels.
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <map>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -20,7 +19,6 @@
 #include "families/hartley.h"
 #include "methods/codelets.h"
 #include "methods/joins.h"
-#include "passes/pairing.h"
 
 using namespace kernelgen;
 
@@ -131,10 +129,10 @@ std::vector<DftCase> dftCases()
     };
 }
 
-class TransposeTest : public ::testing::TestWithParam<DftCase> {};
+class AdjointTest : public ::testing::TestWithParam<DftCase> {};
 
 // <A x, y> = <x, A^T y> for random x and y: the transpose is the adjoint.
-TEST_P(TransposeTest, IsTheAdjoint)
+TEST_P(AdjointTest, IsTheAdjoint)
 {
     const DftCase& c = GetParam();
     const size_t numbers = 2 * c.n;
@@ -149,7 +147,7 @@ TEST_P(TransposeTest, IsTheAdjoint)
 
 // The DFT matrix is symmetric, so its transpose computes the same map:
 // bin k of the transposed graph's output equals bin k of the original's.
-TEST_P(TransposeTest, OfTheDftIsTheDft)
+TEST_P(AdjointTest, OfTheDftIsTheDft)
 {
     const DftCase& c = GetParam();
     const size_t numbers = 2 * c.n;
@@ -170,7 +168,7 @@ TEST_P(TransposeTest, OfTheDftIsTheDft)
             << c.name << " number " << i;
 }
 
-TEST_P(TransposeTest, TwiceIsTheOriginalMap)
+TEST_P(AdjointTest, TwiceIsTheOriginalMap)
 {
     const DftCase& c = GetParam();
     const size_t numbers = 2 * c.n;
@@ -181,13 +179,13 @@ TEST_P(TransposeTest, TwiceIsTheOriginalMap)
         EXPECT_NEAR(static_cast<double>(twice[i]), static_cast<double>(once[i]), 1e-13) << c.name << " number " << i;
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, TransposeTest, ::testing::ValuesIn(dftCases()),
+INSTANTIATE_TEST_SUITE_P(Methods, AdjointTest, ::testing::ValuesIn(dftCases()),
                          [](const auto& info) { return std::string(info.param.name); });
 
 // Every load of the original becomes a store of the transpose and every
 // store a load, at the same offsets; the rounding policy's type changes
 // turn into each other.
-TEST(Transpose, SwapsLoadsWithStoresAndWidenWithNarrow)
+TEST(Adjoint, SwapsLoadsWithStoresAndWidenWithNarrow)
 {
     const Graph g = scalarDft(5, folded5(), Kind::F32, RoundingPolicy::doubleRule(), false);
     const Graph t = adjoint(g);
@@ -205,7 +203,7 @@ TEST(Transpose, SwapsLoadsWithStoresAndWidenWithNarrow)
     EXPECT_GT(count(g, Op::Widen), 0);
 }
 
-TEST(Transpose, RefusesTheLanePatternsOfThe32fcLayout)
+TEST(Adjoint, RefusesTheLanePatternsOfThe32fcLayout)
 {
     Graph g;
     const Graph::Value a = g.load(Kind::V4F32, 0), b = g.load(Kind::V4F32, 4);
@@ -271,38 +269,6 @@ TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
             }
         }
     EXPECT_GT(statements, 0);
-}
-
-// The avx2 level's pairing of complex stages, 64fc and 32fc: a paired
-// operation does the work of two, so every count of the kernel is what it
-// was; and the larger kernels do pair (their bytes are held by the digests
-// of the avx2 build).
-TEST(Pairing, KeepsEveryOperationOfTheComplexKernels)
-{
-    std::map<std::string, int> pairedKernels;
-    for (const CountsRow& row : complexCounts().rows) {
-        SCOPED_TRACE(row.key[0] + " size " + row.key[1]);
-        const Graph paired = pairSections(row.graph);
-        const OpCounts before = row.graph.countOps(), after = paired.countOps();
-        EXPECT_EQ(after.addSub, before.addSub);
-        EXPECT_EQ(after.mul, before.mul);
-        EXPECT_EQ(after.scaleMul, before.scaleMul);
-        EXPECT_EQ(after.signFlips, before.signFlips);
-        EXPECT_EQ(after.loads, before.loads);
-        EXPECT_EQ(after.stores, before.stores);
-        const Kind wideKind = row.key[0] == "\"64fc\"" ? Kind::V4F64 : Kind::V8F32;
-        bool wide = false;
-        for (const Node& n : paired.nodes()) {
-            EXPECT_TRUE(n.kind == wideKind || !isWide(n.kind)) << "a 256-bit vector of the other type";
-            wide = wide || n.kind == wideKind;
-        }
-        pairedKernels[row.key[0]] += wide;
-        if (std::stoi(row.key[1]) == 64) {
-            EXPECT_TRUE(wide) << "size 64 pairs its stages";
-        }
-    }
-    EXPECT_GT(pairedKernels["\"64fc\""], 60);
-    EXPECT_GT(pairedKernels["\"32fc\""], 20);
 }
 
 } // namespace
