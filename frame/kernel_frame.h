@@ -1,10 +1,10 @@
-// The call frame of a size-specific kernel: null tests, flag test, pick of
-// the scale constant, then the body. Kernels with an unaligned twin test the
-// alignment of src and dst first, and each body has its own copy of the
-// checks.
+// The call frame of every kernel: null tests, flag test, pick of the scale
+// constant, then the body. Kernels with an unaligned twin test the alignment
+// of src and dst first; the twin holds its own copy of the checks.
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "scale.h"
 #include "simd/vec.h"
@@ -15,44 +15,74 @@ namespace tvkgen {
 // A Kernel type provides:
 //   using Real = float | double;
 //   static constexpr ScaleRow kRow;
-//   static constexpr Real kScale[3][lanes];   // indexed by ScaleIndex
-//   body(src, dst, scale), a template over the access policy for kernels
-//   with twins.
-template <class Kernel, class Access>
-TVKG_INLINE TvkStatus checkAndRunBody(const typename Kernel::Real* src, typename Kernel::Real* dst, int flag)
+//   kScale, indexed by ScaleIndex: a table of rows of lanes, or of numbers;
+//   body(src, dst, kScale[pick], extra...), a template over the access
+//   policy for kernels with twins. `extra` are the kernel's own arguments
+//   after the flag, passed through untouched.
+
+// The checks, written once: null pointers first, then the flag. Access void
+// runs the one body of a kernel without twins.
+template <class Kernel, class Access, class... Extra>
+TVKG_INLINE TvkStatus checkAndRunBody(const typename Kernel::Real* src, typename Kernel::Real* dst, int flag,
+                                      Extra... extra)
 {
     if (src == nullptr || dst == nullptr)
         return StatusNullPointer;
     const int pick = scaleIndex(flag, Kernel::kRow);
     if (pick < 0)
         return StatusScaleFlagError;
-    Kernel::template body<Access>(src, dst, Kernel::kScale[pick]);
+    if constexpr (std::is_void_v<Access>)
+        Kernel::body(src, dst, Kernel::kScale[pick], extra...);
+    else
+        Kernel::template body<Access>(src, dst, Kernel::kScale[pick], extra...);
     return StatusOk;
 }
 
-template <class Kernel>
-TVKG_INLINE TvkStatus runWithTwins(const void* src, void* dst, int flag)
+// Whether src or dst rules out aligned 128-bit moves; a null address counts
+// as aligned, so that the null test of either body reports it.
+TVKG_INLINE bool misaligned(const void* src, const void* dst)
+{
+    return ((reinterpret_cast<std::uintptr_t>(src) | reinterpret_cast<std::uintptr_t>(dst)) & 15) != 0;
+}
+
+// Both bodies in one routine.
+template <class Kernel, class... Extra>
+TVKG_INLINE TvkStatus runWithTwins(const void* src, void* dst, int flag, Extra... extra)
 {
     using Real = typename Kernel::Real;
     auto* in = static_cast<const Real*>(src);
     auto* out = static_cast<Real*>(dst);
-    if ((reinterpret_cast<std::uintptr_t>(src) | reinterpret_cast<std::uintptr_t>(dst)) & 15)
-        return checkAndRunBody<Kernel, simd::UnalignedAccess>(in, out, flag);
-    return checkAndRunBody<Kernel, simd::AlignedAccess>(in, out, flag);
+    if (misaligned(src, dst))
+        return checkAndRunBody<Kernel, simd::UnalignedAccess>(in, out, flag, extra...);
+    return checkAndRunBody<Kernel, simd::AlignedAccess>(in, out, flag, extra...);
+}
+
+// The unaligned body as a routine of its own, for kernels whose bodies are
+// too large to keep twice in one.
+template <class Kernel, class... Extra>
+[[gnu::noinline]] TvkStatus unalignedTwin(const typename Kernel::Real* src, typename Kernel::Real* dst, int flag,
+                                          Extra... extra)
+{
+    return checkAndRunBody<Kernel, simd::UnalignedAccess>(src, dst, flag, extra...);
+}
+
+template <class Kernel, class... Extra>
+TVKG_INLINE TvkStatus runWithSeparateTwin(const void* src, void* dst, int flag, Extra... extra)
+{
+    using Real = typename Kernel::Real;
+    auto* in = static_cast<const Real*>(src);
+    auto* out = static_cast<Real*>(dst);
+    if (misaligned(src, dst))
+        return unalignedTwin<Kernel>(in, out, flag, extra...);
+    return checkAndRunBody<Kernel, simd::AlignedAccess>(in, out, flag, extra...);
 }
 
 // Scalar kernels: one body, safe at any address, no alignment test.
-template <class Kernel>
-TVKG_INLINE TvkStatus runSingleBody(const void* src, void* dst, int flag)
+template <class Kernel, class... Extra>
+TVKG_INLINE TvkStatus runSingleBody(const void* src, void* dst, int flag, Extra... extra)
 {
     using Real = typename Kernel::Real;
-    if (src == nullptr || dst == nullptr)
-        return StatusNullPointer;
-    const int pick = scaleIndex(flag, Kernel::kRow);
-    if (pick < 0)
-        return StatusScaleFlagError;
-    Kernel::body(static_cast<const Real*>(src), static_cast<Real*>(dst), Kernel::kScale[pick]);
-    return StatusOk;
+    return checkAndRunBody<Kernel, void>(static_cast<const Real*>(src), static_cast<Real*>(dst), flag, extra...);
 }
 
 // Size dispatchers: the size test first, then a dense jump; every size in

@@ -1,10 +1,11 @@
-// The Walsh-Hadamard kernel of one order and element type: its paths, its
-// validation, its work buffer and its passes. runOrder<Real, n> is the whole
-// body of tvkgWHT_<n>_<t>.
+// The Walsh-Hadamard kernel of one order and element type: its bodies, its
+// work buffer and its passes, run in the call frame of every kernel
+// (kernel_frame.h). runOrder<Real, n> is the whole body of tvkgWHT_<n>_<t>.
 #pragma once
 
 #include <cstdint>
 
+#include "kernel_frame.h"
 #include "tvkcore.h"
 #include "tvkgen.h"
 #include "wht_blocks.h"
@@ -111,7 +112,7 @@ TVKG_INLINE void passes(const typename Ops::Real* src, typename Ops::Real* dst, 
     }
 }
 
-// ---- validation and paths ----------------------------------------------------
+// ---- the kernel in the call frame ----------------------------------------------
 
 // Whether a caller's buffer of `bytes` shares a byte with an array of
 // `arrayBytes` other than by starting where it starts (a buffer that is src
@@ -122,59 +123,56 @@ TVKG_INLINE bool overlapsPartly(const void* buffer, size_t bytes, const void* ar
     return b != a && b < a + arrayBytes && a < b + bytes;
 }
 
-template <class Real, int Order, class Access>
-TVKG_INLINE TvkStatus checkAndRun(const Real* src, Real* dst, int flag, uint8_t* buffer)
-{
-    if (src == nullptr || dst == nullptr)
-        return StatusNullPointer;
-    const int pick = scaleIndex(flag, ScaleRow::SelfInverse);
-    if (pick < 0)
-        return StatusScaleFlagError;
-    const Real scale = kScales<Real, Order>[pick];
-    if constexpr (isScalarOrder<Real>(Order)) {
+// The frame's checks come first; the work buffer is the kernel's own
+// argument after the flag.
+template <class RealType, int Order>
+struct OrderKernel {
+    using Real = RealType;
+    static constexpr ScaleRow kRow = ScaleRow::SelfInverse;
+    static constexpr const Real* kScale = kScales<Real, Order>;
+
+    static TVKG_INLINE void body(const Real* src, Real* dst, Real scale, uint8_t* /*buffer*/)
+        requires(isScalarOrder<Real>(Order))
+    {
         scalarBody<Real, Order>(src, dst, scale);
-    } else if constexpr (Order < kFirstBufferedOrder) {
-        vectorBody<SimdOps<Real>, Order, Access>(src, dst, scale);
-    } else {
-        // Allocation results are not tested: a failed tvkMalloc faults on the
-        // first store, and callers who must survive that pass a buffer. A
-        // buffer that overlaps src or dst partly is set aside for one of
-        // the kernel's own, which gives the bytes of a separate buffer.
-        constexpr size_t arrayBytes = sizeof(Real) << Order;
-        const size_t bytes = static_cast<size_t>(bufferBytes<Real>(Order));
-        const bool ownsBuffer = buffer == nullptr || overlapsPartly(buffer, bytes, src, arrayBytes) ||
-                                overlapsPartly(buffer, bytes, dst, arrayBytes);
-        if (ownsBuffer)
-            buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bytes)));
-        passes<SimdOps<Real>, Order, Access>(src, dst, scale, reinterpret_cast<Real*>(buffer));
-        if (ownsBuffer)
-            tvkFree(buffer);
     }
-    return StatusOk;
-}
 
-template <class Real, int Order>
-[[gnu::noinline]] TvkStatus unalignedTwin(const Real* src, Real* dst, int flag, uint8_t* buffer)
-{
-    return checkAndRun<Real, Order, simd::UnalignedAccess>(src, dst, flag, buffer);
-}
+    template <class Access>
+    static TVKG_INLINE void body(const Real* src, Real* dst, Real scale, uint8_t* buffer)
+    {
+        if constexpr (Order < kFirstBufferedOrder) {
+            vectorBody<SimdOps<Real>, Order, Access>(src, dst, scale);
+        } else {
+            // Allocation results are not tested: a failed tvkMalloc faults on
+            // the first store, and callers who must survive that pass a
+            // buffer. A buffer that overlaps src or dst partly is set aside
+            // for one of the kernel's own, which gives the bytes of a
+            // separate buffer.
+            constexpr size_t arrayBytes = sizeof(Real) << Order;
+            const size_t bytes = static_cast<size_t>(bufferBytes<Real>(Order));
+            const bool ownsBuffer = buffer == nullptr || overlapsPartly(buffer, bytes, src, arrayBytes) ||
+                                    overlapsPartly(buffer, bytes, dst, arrayBytes);
+            if (ownsBuffer)
+                buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bytes)));
+            passes<SimdOps<Real>, Order, Access>(src, dst, scale, reinterpret_cast<Real*>(buffer));
+            if (ownsBuffer)
+                tvkFree(buffer);
+        }
+    }
+};
 
-// Scalar orders have one body and no alignment test. The others test src and
-// dst first (a null address counts as aligned); order 3 of 64f keeps both of
-// its bodies in one routine, the larger orders have a private twin.
+// Scalar orders have one body and no alignment test. Order 3 of 64f keeps
+// both of its bodies in one routine, the larger orders have a separate twin.
 template <class Real, int Order>
 TVKG_INLINE TvkStatus runOrder(const Real* src, Real* dst, int flag, uint8_t* buffer)
 {
-    if constexpr (isScalarOrder<Real>(Order)) {
-        return checkAndRun<Real, Order, void>(src, dst, flag, buffer);
-    } else {
-        if (((reinterpret_cast<std::uintptr_t>(src) | reinterpret_cast<std::uintptr_t>(dst)) & 15) == 0)
-            return checkAndRun<Real, Order, simd::AlignedAccess>(src, dst, flag, buffer);
-        if constexpr (Order == 3)
-            return checkAndRun<Real, Order, simd::UnalignedAccess>(src, dst, flag, buffer);
-        else
-            return unalignedTwin<Real, Order>(src, dst, flag, buffer);
-    }
+    using Kernel = OrderKernel<Real, Order>;
+    if constexpr (isScalarOrder<Real>(Order))
+        return runSingleBody<Kernel>(src, dst, flag, buffer);
+    else if constexpr (Order == 3)
+        return runWithTwins<Kernel>(src, dst, flag, buffer);
+    else
+        return runWithSeparateTwin<Kernel>(src, dst, flag, buffer);
 }
 
 } // namespace tvkgen::wht
