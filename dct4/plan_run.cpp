@@ -11,6 +11,7 @@
 #include <type_traits>
 
 #include "dct4_pieces.h"
+#include "simd/lanes.h"
 #include "plan_tables.h"
 
 namespace tvkgen::dct4 {
@@ -31,15 +32,7 @@ struct Lanes<float> {
     static TVKG_INLINE void storeAny(float* p, V v) { storeu(p, v); }
     static TVKG_INLINE V reverse(V v) { return shuffle<3, 2, 1, 0>(v, v); }
     // Rows in, columns out.
-    static TVKG_INLINE void transpose(V* v)
-    {
-        const V t0 = unpackLo(v[0], v[1]), t1 = unpackLo(v[2], v[3]);
-        const V t2 = unpackHi(v[0], v[1]), t3 = unpackHi(v[2], v[3]);
-        v[0] = moveLowHalves(t0, t1);
-        v[1] = moveHighHalves(t0, t1);
-        v[2] = moveLowHalves(t2, t3);
-        v[3] = moveHighHalves(t2, t3);
-    }
+    static TVKG_INLINE void transpose(V* v) { transpose4(v[0], v[1], v[2], v[3], v[0], v[1], v[2], v[3]); }
 };
 
 template <>
@@ -48,12 +41,7 @@ struct Lanes<double> {
     static TVKG_INLINE V loadAny(const double* p) { return loadu(p); }
     static TVKG_INLINE void storeAny(double* p, V v) { storeu(p, v); }
     static TVKG_INLINE V reverse(V v) { return swapLanes(v); }
-    static TVKG_INLINE void transpose(V* v)
-    {
-        const V lo = unpackLo(v[0], v[1]);
-        v[1] = unpackHi(v[0], v[1]);
-        v[0] = lo;
-    }
+    static TVKG_INLINE void transpose(V* v) { transpose2(v[0], v[1], v[0], v[1]); }
 };
 
 template <int n>

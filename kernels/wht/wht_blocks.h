@@ -8,32 +8,21 @@
 // and one subtraction of whole vectors per butterfly.
 #pragma once
 
+#include "simd/lanes.h"
 #include "wht_vector.h"
 
 namespace tvkgen::wht {
 
 // ---- four lanes --------------------------------------------------------------
 
-// Lane j of output vector i is lane i of input vector j.
-template <class Ops, class V = typename Ops::V>
-TVKG_INLINE void transpose4(V a, V b, V c, V d, V& w, V& x, V& y, V& z)
-{
-    const V ab01 = Ops::unpackLo(a, b), cd01 = Ops::unpackLo(c, d);
-    const V ab23 = Ops::unpackHi(a, b), cd23 = Ops::unpackHi(c, d);
-    w = Ops::moveLowHalves(ab01, cd01);
-    x = Ops::moveHighHalves(ab01, cd01);
-    y = Ops::moveLowHalves(ab23, cd23);
-    z = Ops::moveHighHalves(ab23, cd23);
-}
-
 // Tile of 16: levels 1 and 2 across the transposed tile, levels 3 and 4
 // across the natural one.
 template <class Ops>
 TVKG_INLINE void tileOf16(typename Ops::V* v)
 {
-    transpose4<Ops>(v[0], v[1], v[2], v[3], v[0], v[1], v[2], v[3]);
+    simd::transpose4<Ops>(v[0], v[1], v[2], v[3], v[0], v[1], v[2], v[3]);
     column<Ops, 4, 1>(v);
-    transpose4<Ops>(v[0], v[1], v[2], v[3], v[0], v[1], v[2], v[3]);
+    simd::transpose4<Ops>(v[0], v[1], v[2], v[3], v[0], v[1], v[2], v[3]);
     column<Ops, 4, 1>(v);
 }
 
@@ -44,13 +33,13 @@ template <class Ops>
 TVKG_INLINE void groupOf32Levels1To3(typename Ops::V* v)
 {
     typename Ops::V t[8];
-    transpose4<Ops>(v[0], v[2], v[4], v[6], t[0], t[1], t[2], t[3]);
-    transpose4<Ops>(v[1], v[3], v[5], v[7], t[4], t[5], t[6], t[7]);
+    simd::transpose4<Ops>(v[0], v[2], v[4], v[6], t[0], t[1], t[2], t[3]);
+    simd::transpose4<Ops>(v[1], v[3], v[5], v[7], t[4], t[5], t[6], t[7]);
     column<Ops, 4, 1>(t);
     column<Ops, 4, 1>(t + 4);
     unrolled<4>([&](auto i) TVKG_LAMBDA_INLINE { column<Ops, 2, 4>(t + i); });
-    transpose4<Ops>(t[0], t[1], t[2], t[3], v[0], v[2], v[4], v[6]);
-    transpose4<Ops>(t[4], t[5], t[6], t[7], v[1], v[3], v[5], v[7]);
+    simd::transpose4<Ops>(t[0], t[1], t[2], t[3], v[0], v[2], v[4], v[6]);
+    simd::transpose4<Ops>(t[4], t[5], t[6], t[7], v[1], v[3], v[5], v[7]);
 }
 
 // Step d: levels 4 and 5 across the even and across the odd vectors.
@@ -68,10 +57,10 @@ TVKG_INLINE void groupOf32(typename Ops::V* v)
 template <class Ops>
 TVKG_INLINE void quad(typename Ops::V& ab, typename Ops::V& cd)
 {
-    typename Ops::V ac = Ops::unpackLo(ab, cd), bd = Ops::unpackHi(ab, cd);
+    typename Ops::V ac, bd;
+    simd::transpose2<Ops>(ab, cd, ac, bd);
     butterfly<Ops>(ac, bd);
-    ab = Ops::unpackLo(ac, bd);
-    cd = Ops::unpackHi(ac, bd);
+    simd::transpose2<Ops>(ac, bd, ab, cd);
     butterfly<Ops>(ab, cd);
 }
 
