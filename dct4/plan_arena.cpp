@@ -1,7 +1,5 @@
 #include "plan_arena.h"
 
-#include "plan_routines.h"
-
 namespace tvkgen::dct4 {
 
 // The remainder is that of the address as a signed number of pointer width,
@@ -71,23 +69,6 @@ void listFreeCells(ListCell* head)
         const Ref next = recordAt<ListCell>(arena, cell)->next;
         arenaRelease(arena, cell, kListCellBytes);
         cell = next;
-    }
-}
-
-void listDestroyValues(ListCell* head)
-{
-    if (head == nullptr)
-        return;
-    uint8_t* arena = blockOf(head);
-    for (const ListCell* cell = head;;) {
-        if (cell->value != kNone) {
-            auto* node = recordAt<PlanNode>(arena, cell->value);
-            destroyNode(node);
-            arenaRelease(arena, cell->value, node->size); // size is read after destroy
-        }
-        if (cell->next == kNone)
-            break;
-        cell = recordAt<ListCell>(arena, cell->next);
     }
 }
 

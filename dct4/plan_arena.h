@@ -1,7 +1,8 @@
 // The plan arena and its lists. A DCT-IV plan lives in one caller block: a
-// bump allocator carves nodes, list cells, tables and work blocks out of it,
-// and every record refers to another by its 32-bit offset from the block's
-// first byte. Records keep the 32-bit widths of the size rule, so a plan
+// bump allocator carves records (the plan's nodes, list cells, tables and
+// work blocks) out of it, and every record refers to another by its 32-bit
+// offset from the block's first byte. The arena only hands out and takes
+// back bytes; what a record holds is the business of the layers above. Records keep the 32-bit widths of the size rule, so a plan
 // fits in exactly the bytes that the size rule promises, and it holds no
 // address of its own block.
 #pragma once
@@ -60,25 +61,12 @@ const T* recordAt(const uint8_t* arena, Ref ref)
     return std::launder(reinterpret_cast<const T*>(arena + ref));
 }
 
-// ---- Node head -----------------------------------------------------------
-
-// The four leading fields of every node. The routine slots hold indices
-// into the routine tables of plan_routines.h rather than addresses, and
-// `arena` holds the distance back to the block's first byte, so that any
-// record finds its block from its own address.
-struct PlanNode {
-    int32_t destroy;
-    int32_t size;    // bytes requested for the node, released with it
-    int32_t prepare; // in a value source: the value routine
-    int32_t arena;
-};
-
+// Any record finds its block from its own address and the distance back to
+// the block's first byte that it holds.
 inline uint8_t* blockOf(const void* record, int32_t distance)
 {
     return const_cast<uint8_t*>(static_cast<const uint8_t*>(record)) - distance;
 }
-
-inline uint8_t* blockOf(const PlanNode* node) { return blockOf(node, node->arena); }
 
 // ---- Lists ---------------------------------------------------------------
 
@@ -112,10 +100,6 @@ Ref listNth(const ListCell* head, int32_t index);
 // Releases every cell behind the head; the head and its `next` stay as they
 // stand.
 void listFreeCells(ListCell* head);
-
-// Destroys and releases every node of the list (not the cells); a null head
-// is accepted.
-void listDestroyValues(ListCell* head);
 
 // Releases a list head: the last step of a list's life.
 inline void listReleaseHead(uint8_t* arena, ListCell* head)

@@ -130,7 +130,7 @@ void dropList(uint8_t* arena, Ref head)
 
 void dropChildren(uint8_t* arena, Ref head)
 {
-    listDestroyValues(list(arena, head));
+    destroyListedNodes(list(arena, head));
     dropList(arena, head);
 }
 
@@ -504,6 +504,23 @@ static_assert(std::size(kPrepareRoutines) == std::size(kDestroyRoutines));
 void destroyNode(PlanNode* node) { kDestroyRoutines[node->destroy](node); }
 
 TvkStatus prepareNode(PlanNode* node) { return kPrepareRoutines[node->prepare](node); }
+
+void destroyListedNodes(ListCell* head)
+{
+    if (head == nullptr)
+        return;
+    uint8_t* arena = blockOf(head);
+    for (const ListCell* cell = head;;) {
+        if (cell->value != kNone) {
+            auto* node = recordAt<PlanNode>(arena, cell->value);
+            destroyNode(node);
+            arenaRelease(arena, cell->value, node->size); // size is read after destroy
+        }
+        if (cell->next == kNone)
+            break;
+        cell = recordAt<ListCell>(arena, cell->next);
+    }
+}
 
 // ---- Life cycle --------------------------------------------------------------
 

@@ -10,6 +10,19 @@
 
 namespace tvkgen::dct4 {
 
+// The four leading fields of every node. The routine slots hold indices
+// into the routine tables of plan_routines.h rather than addresses, and
+// `arena` holds the distance back to the block's first byte, so that any
+// node finds its block from its own address.
+struct PlanNode {
+    int32_t destroy;
+    int32_t size;    // bytes requested for the node, released with it
+    int32_t prepare; // in a value source: the value routine
+    int32_t arena;
+};
+
+inline uint8_t* blockOf(const PlanNode* node) { return blockOf(node, node->arena); }
+
 // Root: the object that the caller holds.
 struct Dct4Plan {
     PlanNode head;

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "plan_arena.h"
+#include "plan_nodes.h"
 #include "tvkgen.h"
 
 namespace tvkgen::dct4 {
@@ -31,6 +31,11 @@ constexpr int32_t routineIndex(NodeRoutine routine)
 
 // Gives back what the node owns, but not the node itself.
 void destroyNode(PlanNode* node);
+
+// Destroys every node of the list and releases its bytes (not the cells);
+// a null head is accepted. The node layer's own teardown: the arena only
+// releases bytes.
+void destroyListedNodes(ListCell* head);
 
 // Builds what lies under the node.
 TvkStatus prepareNode(PlanNode* node);

@@ -117,11 +117,11 @@ TEST(Dct4Lists, DestroyFreeAndReleaseReturnTheCursor)
     ListCell* head = listInit(block.mem, headAt);
     for (int i = 0; i < 3; ++i)
         listAppend(head, newSourceNode(block.mem));
-    listDestroyValues(head);
+    destroyListedNodes(head);
     listFreeCells(head);
     arenaRelease(block.mem, headAt, kListCellBytes);
     EXPECT_EQ(arenaCursor(block.mem), start);
-    listDestroyValues(nullptr); // a null head is accepted
+    destroyListedNodes(nullptr); // a null head is accepted
 }
 
 } // namespace
