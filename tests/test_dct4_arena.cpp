@@ -1,4 +1,4 @@
-// The plan arena and its lists, tested through the library's own plan code.
+// The plan arena and its lists, and the node layer's teardown of a list.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -34,18 +34,6 @@ Ref newSourceNode(uint8_t* arena)
     return at;
 }
 
-TEST(Dct4Arena, RoundUp32)
-{
-    EXPECT_EQ(roundUp32(0), 0);
-    EXPECT_EQ(roundUp32(1), 32);
-    EXPECT_EQ(roundUp32(12), 32);
-    EXPECT_EQ(roundUp32(32), 32);
-    EXPECT_EQ(roundUp32(44), 64);
-    EXPECT_EQ(roundUp32(INT32_MAX - 10), INT32_MIN) << "wraps like 32-bit arithmetic";
-    EXPECT_EQ(roundUp32(-1), 0);
-    EXPECT_EQ(cellBytes(3), 96);
-}
-
 TEST(Dct4Arena, CursorStartsOnTheNextBoundaryWithAGap)
 {
     for (int remainder : {0, 1, 7, 31}) {
@@ -55,8 +43,16 @@ TEST(Dct4Arena, CursorStartsOnTheNextBoundaryWithAGap)
     }
 }
 
+// roundUp32 in wrapping 32-bit arithmetic; allocations of 32-byte steps on
+// 32-byte boundaries, and releases that mirror them.
 TEST(Dct4Arena, AllocationRoundsAndReleaseMirrors)
 {
+    EXPECT_EQ(roundUp32(0), 0);
+    EXPECT_EQ(roundUp32(12), 32);
+    EXPECT_EQ(roundUp32(44), 64);
+    EXPECT_EQ(roundUp32(INT32_MAX - 10), INT32_MIN) << "wraps like 32-bit arithmetic";
+    EXPECT_EQ(roundUp32(-1), 0);
+    EXPECT_EQ(cellBytes(3), 96);
     Block block(5);
     const int32_t start = arenaCursor(block.mem);
     EXPECT_EQ(arenaAlloc(block.mem, 0), start);
@@ -78,25 +74,19 @@ TEST(Dct4Arena, AllocationRoundsAndReleaseMirrors)
     EXPECT_EQ(arenaCursor(block.mem), start);
 }
 
-TEST(Dct4Lists, EmptyHeadAndNth)
-{
-    Block block(0);
-    const Ref at = arenaAlloc(block.mem, kListCellBytes);
-    ListCell* head = listInit(block.mem, at);
-    EXPECT_EQ(listNth(head, 0), kNone);
-    EXPECT_EQ(listNth(head, -1), kNone);
-    const int32_t before = arenaCursor(block.mem);
-    EXPECT_EQ(listAppend(head, kNone), kNone);
-    EXPECT_EQ(listNth(head, 0), kNone) << "0 is never an entry";
-    EXPECT_EQ(arenaCursor(block.mem), before);
-}
-
+// An empty head answers kNone and stays empty on a kNone append; the first
+// entry goes into the head, later ones get cells of their own.
 TEST(Dct4Lists, AppendFillsTheHeadFirstThenAddsCells)
 {
     Block block(3);
     ListCell* head = listInit(block.mem, arenaAlloc(block.mem, kListCellBytes));
     const Ref a = newSourceNode(block.mem), b = newSourceNode(block.mem), c = newSourceNode(block.mem);
-    int32_t cursor = arenaCursor(block.mem);
+    const int32_t cursor = arenaCursor(block.mem);
+    EXPECT_EQ(listNth(head, 0), kNone);
+    EXPECT_EQ(listNth(head, -1), kNone);
+    EXPECT_EQ(listAppend(head, kNone), kNone);
+    EXPECT_EQ(listNth(head, 0), kNone) << "0 is never an entry";
+    EXPECT_EQ(arenaCursor(block.mem), cursor);
     EXPECT_EQ(listAppend(head, a), a);
     EXPECT_EQ(arenaCursor(block.mem), cursor) << "the first entry goes into the head";
     EXPECT_EQ(listAppend(head, b), b);
@@ -109,6 +99,8 @@ TEST(Dct4Lists, AppendFillsTheHeadFirstThenAddsCells)
     EXPECT_EQ(listNth(head, -2), kNone);
 }
 
+// Destroying the listed nodes, freeing the cells and releasing the head
+// bring the cursor back.
 TEST(Dct4Lists, DestroyFreeAndReleaseReturnTheCursor)
 {
     Block block(17);
