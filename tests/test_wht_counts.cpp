@@ -116,16 +116,10 @@ struct CountingAccess {
 // 64f (0: scalar order).
 constexpr long kSmallOrderAddSub[2][5] = {{0, 16, 40, 96, 224}, {12, 32, 80, 192, 448}};
 
-struct CountCase {
-    bool is64;
-    int order;
-};
-
-class WhtCountTest : public ::testing::TestWithParam<CountCase> {};
-
 template <class Real, int Order>
 void countOrder()
 {
+    SCOPED_TRACE(std::string(sizeof(Real) == 8 ? "64f" : "32f") + " order " + std::to_string(Order));
     using Ops = CountingOps<Real>;
     constexpr int n = 1 << Order, lanes = Ops::kLanes;
     const auto input = tvktest::randomReals<Real>(n, 300 + Order);
@@ -170,36 +164,18 @@ void countOrder()
 }
 
 // The vector orders: 3 to 13 in 64f, 4 to 13 in 32f.
-template <class Real>
-constexpr int kFirstVectorOrder = sizeof(Real) == 8 ? 3 : 4;
-
-template <class Real, int... I>
-void countOrders(int order, std::integer_sequence<int, I...>)
+template <class Real, int First>
+void countOrdersFrom()
 {
-    constexpr int first = kFirstVectorOrder<Real>;
-    ((order == first + I ? countOrder<Real, first + I>() : void()), ...);
+    [&]<int... I>(std::integer_sequence<int, I...>) {
+        (countOrder<Real, First + I>(), ...);
+    }(std::make_integer_sequence<int, 14 - First>{});
 }
 
-TEST_P(WhtCountTest, OperationsAndMemoryOfTheFactorisation)
+TEST(WhtCount, OperationsAndMemoryOfTheFactorisation)
 {
-    const CountCase c = GetParam();
-    if (c.is64)
-        countOrders<double>(c.order, std::make_integer_sequence<int, 14 - kFirstVectorOrder<double>>{});
-    else
-        countOrders<float>(c.order, std::make_integer_sequence<int, 14 - kFirstVectorOrder<float>>{});
+    countOrdersFrom<float, 4>();
+    countOrdersFrom<double, 3>();
 }
-
-std::vector<CountCase> countCases()
-{
-    std::vector<CountCase> cases;
-    for (bool is64 : {false, true})
-        for (int order = is64 ? kFirstVectorOrder<double> : kFirstVectorOrder<float>; order <= 13; ++order)
-            cases.push_back({is64, order});
-    return cases;
-}
-
-INSTANTIATE_TEST_SUITE_P(VectorOrders, WhtCountTest, ::testing::ValuesIn(countCases()), [](const auto& info) {
-    return "Order" + std::to_string(info.param.order) + (info.param.is64 ? "_64f" : "_32f");
-});
 
 } // namespace
