@@ -85,46 +85,21 @@ typedef struct LibVersion {
     const char* buildDateText;
 } LibVersion;
 
-TVKG_API const LibVersion* tvkgenGetLibVersion(void);
+#define TVKG_DECLARE_VERSION(name, t) TVKG_API const LibVersion* name(void);
 
 /* ---- Opaque DCT-IV plans ------------------------------------------------- */
 
 typedef struct TvkgDCT4Plan_32f TvkgDCT4Plan_32f;
 typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
 
-/* ---- Prototypes ----------------------------------------------------------
- * Kernel names carry their size: tvkgDFTFwd_CToC_16_64fc, tvkgWHT_13_32f.
- * The same name without the size is the dispatcher, which takes `len`
- * (2..64) or `order` (1..13) after dst. The lists below are expanded once
- * and then undefined again. */
-
-#define TVKG_SIZES_2_64(X, a, b) \
-    X(a, b, 2) X(a, b, 3) X(a, b, 4) X(a, b, 5) X(a, b, 6) X(a, b, 7) X(a, b, 8) X(a, b, 9) \
-    X(a, b, 10) X(a, b, 11) X(a, b, 12) X(a, b, 13) X(a, b, 14) X(a, b, 15) X(a, b, 16)     \
-    X(a, b, 17) X(a, b, 18) X(a, b, 19) X(a, b, 20) X(a, b, 21) X(a, b, 22) X(a, b, 23)     \
-    X(a, b, 24) X(a, b, 25) X(a, b, 26) X(a, b, 27) X(a, b, 28) X(a, b, 29) X(a, b, 30)     \
-    X(a, b, 31) X(a, b, 32) X(a, b, 33) X(a, b, 34) X(a, b, 35) X(a, b, 36) X(a, b, 37)     \
-    X(a, b, 38) X(a, b, 39) X(a, b, 40) X(a, b, 41) X(a, b, 42) X(a, b, 43) X(a, b, 44)     \
-    X(a, b, 45) X(a, b, 46) X(a, b, 47) X(a, b, 48) X(a, b, 49) X(a, b, 50) X(a, b, 51)     \
-    X(a, b, 52) X(a, b, 53) X(a, b, 54) X(a, b, 55) X(a, b, 56) X(a, b, 57) X(a, b, 58)     \
-    X(a, b, 59) X(a, b, 60) X(a, b, 61) X(a, b, 62) X(a, b, 63) X(a, b, 64)
-
-#define TVKG_ORDERS_1_13(X, t) \
-    X(t, 1) X(t, 2) X(t, 3) X(t, 4) X(t, 5) X(t, 6) X(t, 7) X(t, 8) X(t, 9) X(t, 10) X(t, 11) X(t, 12) X(t, 13)
-
-/* name##_N_t(src, dst, flag) and its dispatcher name##_t(src, dst, len, flag) */
-#define TVKG_KERNEL(name, t, n) \
-    TVKG_API TvkStatus name##_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag);
-#define TVKG_FAMILY(name, t)                                                        \
-    TVKG_SIZES_2_64(TVKG_KERNEL, name, t)                                           \
-    TVKG_API TvkStatus name##_##t(const Tvk##t* src, Tvk##t* dst, int len, int flag);
+/* ---- Functions -----------------------------------------------------------
+ * Each exported function is a row of tvkgen_exports.inc, declared below by
+ * its shape. Kernel names carry their size: tvkgDFTFwd_CToC_16_64fc,
+ * tvkgWHT_13_32f. The same name without the size is the dispatcher, which
+ * takes `len` (2..64) or `order` (1..13) after dst. */
 
 /* Complex DFT: X[k] = factor * sum_n x[n] exp(-2 pi i nk/N) forward,
  * exp(+2 pi i nk/N) inverse. */
-TVKG_FAMILY(tvkgDFTFwd_CToC, 32fc)
-TVKG_FAMILY(tvkgDFTFwd_CToC, 64fc)
-TVKG_FAMILY(tvkgDFTInv_CToC, 32fc)
-TVKG_FAMILY(tvkgDFTInv_CToC, 64fc)
 
 /* Real DFT. The forward kernels write bins 0..h (h = N/2 rounded down) of
  * X[k] = sum_n x[n] exp(-2 pi i nk/N), R[k] = Re X[k], I[k] = Im X[k], as
@@ -148,23 +123,12 @@ TVKG_FAMILY(tvkgDFTInv_CToC, 64fc)
  * - I[k] sin(2 pi nk/N))), the R[N/2] term for even N only: under
  * ScaleNoDivide N times the forward kernel's input. An in-place CCS call
  * needs an array of the CCS length. */
-TVKG_FAMILY(tvkgDFTFwd_RToCCS, 32f)
-TVKG_FAMILY(tvkgDFTFwd_RToCCS, 64f)
-TVKG_FAMILY(tvkgDFTFwd_RToPack, 32f)
-TVKG_FAMILY(tvkgDFTFwd_RToPack, 64f)
-TVKG_FAMILY(tvkgDFTFwd_RToPerm, 32f)
-TVKG_FAMILY(tvkgDFTFwd_RToPerm, 64f)
-TVKG_FAMILY(tvkgDFTInv_CCSToR, 32f)
-TVKG_FAMILY(tvkgDFTInv_CCSToR, 64f)
-TVKG_FAMILY(tvkgDFTInv_PackToR, 32f)
-TVKG_FAMILY(tvkgDFTInv_PackToR, 64f)
-TVKG_FAMILY(tvkgDFTInv_PermToR, 32f)
-TVKG_FAMILY(tvkgDFTInv_PermToR, 64f)
 
 /* Hartley: H[k] = factor * sum_n x[n] (cos(2 pi nk/N) + sin(2 pi nk/N)),
- * N cells in natural order; its own inverse up to N. */
-TVKG_FAMILY(tvkgHartley, 32f)
-TVKG_FAMILY(tvkgHartley, 64f)
+ * N cells in natural order; its own inverse up to N.
+ * Each kernel of these families, and its dispatcher: */
+#define TVKG_DECLARE_KERNEL(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int flag);
+#define TVKG_DECLARE_DISPATCHER(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int len, int flag);
 
 /* Walsh-Hadamard: orders 1..13 (N = 2..8192 points), rows in natural
  * (Hadamard) order: dst[k] = factor * sum_j (-1)^popcount(j & k) src[j]; its
@@ -178,14 +142,11 @@ TVKG_FAMILY(tvkgHartley, 64f)
  * buffer == src overwrites src. One that overlaps src or dst in any other
  * way is not used (the kernel allocates its own), so the result in dst is
  * always that of a separate buffer. */
-#define TVKG_WHT_KERNEL(t, n) \
-    TVKG_API TvkStatus tvkgWHT_##n##_##t(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer);
-TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 32f)
-TVKG_ORDERS_1_13(TVKG_WHT_KERNEL, 64f)
-TVKG_API TvkStatus tvkgWHT_32f(const Tvk32f* src, Tvk32f* dst, int order, int flag, uint8_t* buffer);
-TVKG_API TvkStatus tvkgWHT_64f(const Tvk64f* src, Tvk64f* dst, int order, int flag, uint8_t* buffer);
-TVKG_API TvkStatus tvkgWHTGetBufferSize_32f(int order, int32_t* pSize);
-TVKG_API TvkStatus tvkgWHTGetBufferSize_64f(int order, int32_t* pSize);
+#define TVKG_DECLARE_WHT(name, t) \
+    TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int flag, uint8_t* buffer);
+#define TVKG_DECLARE_WHT_DISPATCHER(name, t) \
+    TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int order, int flag, uint8_t* buffer);
+#define TVKG_DECLARE_WHT_BUFFER_SIZE(name, t) TVKG_API TvkStatus name(int order, int32_t* pSize);
 
 /* DCT-IV, unnormalised, with no scale flag:
  *   y[k] = sum_{n=0}^{N-1} x[n] cos(pi/N (n + 1/2)(k + 1/2)),  k = 0..N-1,
@@ -207,22 +168,27 @@ TVKG_API TvkStatus tvkgWHTGetBufferSize_64f(int order, int32_t* pSize);
  *     2^30 in 64f (and those plus one) it returns a wrapped, far too small
  *     size, and Init and InitAlloc then build the plan past the end of its
  *     block. */
-TVKG_API TvkStatus tvkgDCT4GetSize_32f(int len, int32_t* size);
-TVKG_API TvkStatus tvkgDCT4Init_32f(TvkgDCT4Plan_32f** plan, int len, uint8_t* mem);
-TVKG_API TvkStatus tvkgDCT4InitAlloc_32f(TvkgDCT4Plan_32f** plan, int len);
-TVKG_API TvkStatus tvkgDCT4_32f(const Tvk32f* src, Tvk32f* dst, const TvkgDCT4Plan_32f* plan);
-TVKG_API TvkStatus tvkgDCT4Free_32f(TvkgDCT4Plan_32f* plan);
-TVKG_API TvkStatus tvkgDCT4GetSize_64f(int len, int32_t* size);
-TVKG_API TvkStatus tvkgDCT4Init_64f(TvkgDCT4Plan_64f** plan, int len, uint8_t* mem);
-TVKG_API TvkStatus tvkgDCT4InitAlloc_64f(TvkgDCT4Plan_64f** plan, int len);
-TVKG_API TvkStatus tvkgDCT4_64f(const Tvk64f* src, Tvk64f* dst, const TvkgDCT4Plan_64f* plan);
-TVKG_API TvkStatus tvkgDCT4Free_64f(TvkgDCT4Plan_64f* plan);
+#define TVKG_DECLARE_DCT4_GET_SIZE(name, t) TVKG_API TvkStatus name(int len, int32_t* size);
+#define TVKG_DECLARE_DCT4_INIT(name, t) TVKG_API TvkStatus name(TvkgDCT4Plan_##t** plan, int len, uint8_t* mem);
+#define TVKG_DECLARE_DCT4_INIT_ALLOC(name, t) TVKG_API TvkStatus name(TvkgDCT4Plan_##t** plan, int len);
+#define TVKG_DECLARE_DCT4(name, t) \
+    TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, const TvkgDCT4Plan_##t* plan);
+#define TVKG_DECLARE_DCT4_FREE(name, t) TVKG_API TvkStatus name(TvkgDCT4Plan_##t* plan);
 
-#undef TVKG_FAMILY
-#undef TVKG_KERNEL
-#undef TVKG_WHT_KERNEL
-#undef TVKG_ORDERS_1_13
-#undef TVKG_SIZES_2_64
+#define TVKG_EXPORT(shape, name, type, size, group) TVKG_DECLARE_##shape(name, type)
+#include "tvkgen_exports.inc"
+
+#undef TVKG_DECLARE_VERSION
+#undef TVKG_DECLARE_KERNEL
+#undef TVKG_DECLARE_DISPATCHER
+#undef TVKG_DECLARE_WHT
+#undef TVKG_DECLARE_WHT_DISPATCHER
+#undef TVKG_DECLARE_WHT_BUFFER_SIZE
+#undef TVKG_DECLARE_DCT4_GET_SIZE
+#undef TVKG_DECLARE_DCT4_INIT
+#undef TVKG_DECLARE_DCT4_INIT_ALLOC
+#undef TVKG_DECLARE_DCT4
+#undef TVKG_DECLARE_DCT4_FREE
 
 #ifdef __cplusplus
 }
