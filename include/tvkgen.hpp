@@ -65,134 +65,161 @@ constexpr std::size_t spectrum_cells(std::size_t n)
 
 namespace detail {
 
-#define TVKGEN_HPP_SIZES(X, p, t)                                                                             \
-    X(p, t, 2) X(p, t, 3) X(p, t, 4) X(p, t, 5) X(p, t, 6) X(p, t, 7) X(p, t, 8) X(p, t, 9) X(p, t, 10)      \
-    X(p, t, 11) X(p, t, 12) X(p, t, 13) X(p, t, 14) X(p, t, 15) X(p, t, 16) X(p, t, 17) X(p, t, 18)          \
-    X(p, t, 19) X(p, t, 20) X(p, t, 21) X(p, t, 22) X(p, t, 23) X(p, t, 24) X(p, t, 25) X(p, t, 26)          \
-    X(p, t, 27) X(p, t, 28) X(p, t, 29) X(p, t, 30) X(p, t, 31) X(p, t, 32) X(p, t, 33) X(p, t, 34)          \
-    X(p, t, 35) X(p, t, 36) X(p, t, 37) X(p, t, 38) X(p, t, 39) X(p, t, 40) X(p, t, 41) X(p, t, 42)          \
-    X(p, t, 43) X(p, t, 44) X(p, t, 45) X(p, t, 46) X(p, t, 47) X(p, t, 48) X(p, t, 49) X(p, t, 50)          \
-    X(p, t, 51) X(p, t, 52) X(p, t, 53) X(p, t, 54) X(p, t, 55) X(p, t, 56) X(p, t, 57) X(p, t, 58)          \
-    X(p, t, 59) X(p, t, 60) X(p, t, 61) X(p, t, 62) X(p, t, 63) X(p, t, 64)
-#define TVKGEN_HPP_ENTRY(p, t, n) p##_##n##_##t,
-// The kernels of a family indexed by size (or order), and its dispatcher.
-#define TVKGEN_HPP_FAMILY(p, t)                                                                               \
-    {nullptr, nullptr, TVKGEN_HPP_SIZES(TVKGEN_HPP_ENTRY, p, t)}, p##_##t, #p, #t
-
-template <class In, class Out>
-struct Family {
-    using Kernel = TvkStatus (*)(const In*, Out*, int);
-    using Dispatcher = TvkStatus (*)(const In*, Out*, int, int);
-    Kernel kernels[65];
-    Dispatcher dispatcher;
-    const char* name;
-    const char* type;
-
-    std::string kernelName(std::size_t n) const { return std::string(name) + "_" + std::to_string(n) + "_" + type; }
-    std::string dispatcherName() const { return std::string(name) + "_" + type; }
-};
-
-template <class T>
-struct C;
-template <>
-struct C<float> {
-    using type = Tvk32fc;
-};
-template <>
-struct C<double> {
-    using type = Tvk64fc;
-};
-template <class T>
-using Elem = std::conditional_t<std::is_same_v<T, float>, Tvk32f, Tvk64f>;
-
-template <class T>
-struct Families;
-
-// Every family of one precision, suffix t for reals and tc for complex.
-#define TVKGEN_HPP_FAMILIES(T, t, tc)                                                                         \
-    template <>                                                                                                \
-    struct Families<T> {                                                                                       \
-        static constexpr Family<Tvk##tc, Tvk##tc> dftForward{TVKGEN_HPP_FAMILY(tvkgDFTFwd_CToC, tc)};          \
-        static constexpr Family<Tvk##tc, Tvk##tc> dftInverse{TVKGEN_HPP_FAMILY(tvkgDFTInv_CToC, tc)};          \
-        static constexpr Family<Tvk##t, Tvk##t> toCcs{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToCCS, t)};                \
-        static constexpr Family<Tvk##t, Tvk##t> toPack{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPack, t)};              \
-        static constexpr Family<Tvk##t, Tvk##t> toPerm{TVKGEN_HPP_FAMILY(tvkgDFTFwd_RToPerm, t)};              \
-        static constexpr Family<Tvk##t, Tvk##t> fromCcs{TVKGEN_HPP_FAMILY(tvkgDFTInv_CCSToR, t)};              \
-        static constexpr Family<Tvk##t, Tvk##t> fromPack{TVKGEN_HPP_FAMILY(tvkgDFTInv_PackToR, t)};            \
-        static constexpr Family<Tvk##t, Tvk##t> fromPerm{TVKGEN_HPP_FAMILY(tvkgDFTInv_PermToR, t)};            \
-        static constexpr Family<Tvk##t, Tvk##t> hartley{TVKGEN_HPP_FAMILY(tvkgHartley, t)};                    \
-        static constexpr auto whtDispatcher = tvkgWHT_##t;                                                     \
+// Every exported function under its group and size, as the list of exports
+// gives them: a kernel under its dispatcher and size, every other function
+// under itself and 0. The interface calls through these and names them in
+// its errors.
+template <auto group, int size>
+struct Export;
+#define TVKG_EXPORT(shape, function, type, size, group) \
+    template <>                                          \
+    struct Export<&group, size> {                        \
+        static constexpr auto fn = &function;            \
+        static constexpr const char* name = #function;   \
     };
-TVKGEN_HPP_FAMILIES(float, 32f, 32fc)
-TVKGEN_HPP_FAMILIES(double, 64f, 64fc)
+#include "tvkgen_exports.inc"
 
-#undef TVKGEN_HPP_FAMILIES
-#undef TVKGEN_HPP_FAMILY
-#undef TVKGEN_HPP_ENTRY
-#undef TVKGEN_HPP_SIZES
+// The functions of one precision.
+template <class T>
+struct Api;
+template <>
+struct Api<float> {
+    using Complex = Tvk32fc;
+    using Plan = TvkgDCT4Plan_32f;
+    static constexpr auto dftForward = tvkgDFTFwd_CToC_32fc, dftInverse = tvkgDFTInv_CToC_32fc;
+    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_32f, toPack = tvkgDFTFwd_RToPack_32f, toPerm = tvkgDFTFwd_RToPerm_32f,
+                          fromCcs = tvkgDFTInv_CCSToR_32f, fromPack = tvkgDFTInv_PackToR_32f,
+                          fromPerm = tvkgDFTInv_PermToR_32f, hartley = tvkgHartley_32f;
+    static constexpr auto wht = tvkgWHT_32f;
+    static constexpr auto dct4GetSize = tvkgDCT4GetSize_32f;
+    static constexpr auto dct4Init = tvkgDCT4Init_32f;
+    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_32f;
+    static constexpr auto dct4 = tvkgDCT4_32f;
+    static constexpr auto dct4Free = tvkgDCT4Free_32f;
+};
+template <>
+struct Api<double> {
+    using Complex = Tvk64fc;
+    using Plan = TvkgDCT4Plan_64f;
+    static constexpr auto dftForward = tvkgDFTFwd_CToC_64fc, dftInverse = tvkgDFTInv_CToC_64fc;
+    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_64f, toPack = tvkgDFTFwd_RToPack_64f, toPerm = tvkgDFTFwd_RToPerm_64f,
+                          fromCcs = tvkgDFTInv_CCSToR_64f, fromPack = tvkgDFTInv_PackToR_64f,
+                          fromPerm = tvkgDFTInv_PermToR_64f, hartley = tvkgHartley_64f;
+    static constexpr auto wht = tvkgWHT_64f;
+    static constexpr auto dct4GetSize = tvkgDCT4GetSize_64f;
+    static constexpr auto dct4Init = tvkgDCT4Init_64f;
+    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_64f;
+    static constexpr auto dct4 = tvkgDCT4_64f;
+    static constexpr auto dct4Free = tvkgDCT4Free_64f;
+};
 
 template <class T>
-const auto& forwardLayout(ccs_t) { return Families<T>::toCcs; }
+constexpr auto forward(ccs_t) { return Api<T>::toCcs; }
 template <class T>
-const auto& forwardLayout(pack_t) { return Families<T>::toPack; }
+constexpr auto forward(pack_t) { return Api<T>::toPack; }
 template <class T>
-const auto& forwardLayout(perm_t) { return Families<T>::toPerm; }
+constexpr auto forward(perm_t) { return Api<T>::toPerm; }
 template <class T>
-const auto& inverseLayout(ccs_t) { return Families<T>::fromCcs; }
+constexpr auto inverse(ccs_t) { return Api<T>::fromCcs; }
 template <class T>
-const auto& inverseLayout(pack_t) { return Families<T>::fromPack; }
+constexpr auto inverse(pack_t) { return Api<T>::fromPack; }
 template <class T>
-const auto& inverseLayout(perm_t) { return Families<T>::fromPerm; }
+constexpr auto inverse(perm_t) { return Api<T>::fromPerm; }
 
 template <class T>
 auto* cx(const std::complex<T>* p) noexcept
 {
-    return reinterpret_cast<const typename C<T>::type*>(p);
+    return reinterpret_cast<const typename Api<T>::Complex*>(p);
 }
 template <class T>
 auto* cx(std::complex<T>* p) noexcept
 {
-    return reinterpret_cast<typename C<T>::type*>(p);
+    return reinterpret_cast<typename Api<T>::Complex*>(p);
 }
 
-template <std::size_t N>
-constexpr bool kernelSize = N >= 2 && N <= 64;
+// A call's status and the C function that gave it, thrown where it is not
+// StatusOk.
+struct Result {
+    TvkStatus status;
+    const char* function;
+};
 
-// One call: the size's kernel where N is fixed, else the dispatcher.
-template <std::size_t N, class In, class Out>
-TvkStatus call(const Family<In, Out>& f, const In* in, Out* out, std::size_t n, scale s) noexcept
+inline void raise(Result r)
 {
-    if constexpr (N != std::dynamic_extent)
-        return f.kernels[N](in, out, static_cast<int>(s));
+    if (r.status != StatusOk)
+        throw error(r.status, r.function);
+}
+
+// One transform of n points: the size's kernel where the extent N fixes n,
+// else the dispatcher; StatusSizeError, and no call, where the arrays do not
+// fit.
+template <auto dispatcher, std::size_t N, class In, class Out>
+Result transform(const In* in, Out* out, std::size_t n, bool fits, scale s) noexcept
+{
+    static_assert(N == std::dynamic_extent || (N >= 2 && N <= 64), "transform sizes are 2 to 64");
+    constexpr int size = N == std::dynamic_extent ? 0 : static_cast<int>(N);
+    using Called = Export<dispatcher, size>;
+    if (!fits)
+        return {StatusSizeError, Called::name};
+    if constexpr (size == 0)
+        return {dispatcher(in, out, n > 64 ? -1 : static_cast<int>(n), static_cast<int>(s)), Called::name};
     else
-        return f.dispatcher(in, out, n > 64 ? -1 : static_cast<int>(n), static_cast<int>(s));
+        return {Called::fn(in, out, static_cast<int>(s)), Called::name};
 }
 
-template <std::size_t N, class In, class Out>
-void check(TvkStatus status, const Family<In, Out>& f, std::size_t n)
-{
-    if (status != StatusOk)
-        throw error(status, N != std::dynamic_extent ? f.kernelName(n) : f.dispatcherName());
-}
+template <class Span>
+using Element = std::remove_cv_t<typename Span::element_type>;
 
-template <class T>
-const auto& complexFamily(bool inverse)
-{
-    return inverse ? Families<T>::dftInverse : Families<T>::dftForward;
-}
-
-// The complex DFT of either direction, its status returned.
 template <bool inverse, class In, class Out>
-TvkStatus complexDft(const In& in, Out&& out, scale s) noexcept
+Result dft(const In& in, Out&& out, scale s) noexcept
 {
     const auto i = std::span(in);
     const auto o = std::span(out);
-    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    constexpr std::size_t N = decltype(i)::extent;
-    static_assert(N == std::dynamic_extent || kernelSize<N>, "complex DFT sizes are 2 to 64");
-    if (i.size() != o.size())
-        return StatusSizeError;
-    return call<N>(complexFamily<T>(inverse), cx(i.data()), cx(o.data()), i.size(), s);
+    using T = typename Element<decltype(i)>::value_type;
+    constexpr auto dispatcher = inverse ? Api<T>::dftInverse : Api<T>::dftForward;
+    return transform<dispatcher, decltype(i)::extent>(cx(i.data()), cx(o.data()), i.size(), i.size() == o.size(), s);
+}
+
+template <class Layout, class In, class Out>
+Result rfft(Layout, const In& in, Out&& out, scale s) noexcept
+{
+    const auto i = std::span(in);
+    const auto o = std::span(out);
+    return transform<forward<Element<decltype(i)>>(Layout{}), decltype(i)::extent>(
+        i.data(), o.data(), i.size(), o.size() >= spectrum_cells<Layout>(i.size()), s);
+}
+
+template <class Layout, class In, class Out>
+Result irfft(Layout, const In& in, Out&& out, scale s) noexcept
+{
+    const auto i = std::span(in);
+    const auto o = std::span(out);
+    return transform<inverse<Element<decltype(o)>>(Layout{}), decltype(o)::extent>(
+        i.data(), o.data(), o.size(), i.size() >= spectrum_cells<Layout>(o.size()), s);
+}
+
+template <class In, class Out>
+Result hartley(const In& in, Out&& out, scale s) noexcept
+{
+    const auto i = std::span(in);
+    const auto o = std::span(out);
+    return transform<Api<Element<decltype(i)>>::hartley, decltype(i)::extent>(i.data(), o.data(), i.size(),
+                                                                     i.size() == o.size(), s);
+}
+
+template <class In, class Out>
+Result wht(const In& in, Out&& out, scale s, std::uint8_t* buffer) noexcept
+{
+    const auto i = std::span(in);
+    const auto o = std::span(out);
+    constexpr auto dispatcher = Api<Element<decltype(i)>>::wht;
+    const char* name = Export<dispatcher, 0>::name;
+    int order = 0;
+    while (order < 14 && (std::size_t{1} << order) < i.size())
+        ++order;
+    if (i.size() != o.size() || (std::size_t{1} << order) != i.size())
+        return {StatusSizeError, name};
+    return {dispatcher(i.data(), o.data(), order, static_cast<int>(s), buffer), name};
 }
 
 } // namespace detail
@@ -207,55 +234,34 @@ namespace nothrow {
 template <class In, class Out>
 TvkStatus dft_forward(const In& in, Out&& out, scale s) noexcept
 {
-    return detail::complexDft<false>(in, out, s);
+    return detail::dft<false>(in, out, s).status;
 }
 
 template <class In, class Out>
 TvkStatus dft_inverse(const In& in, Out&& out, scale s) noexcept
 {
-    return detail::complexDft<true>(in, out, s);
+    return detail::dft<true>(in, out, s).status;
 }
 
 // Real DFT of n = in.size() reals into spectrum_cells<Layout>(n) cells of out.
 template <class Layout, class In, class Out>
 TvkStatus rfft(Layout layout, const In& in, Out&& out, scale s) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    constexpr std::size_t N = decltype(i)::extent;
-    static_assert(N == std::dynamic_extent || detail::kernelSize<N>, "real DFT sizes are 2 to 64");
-    if (o.size() < spectrum_cells<Layout>(i.size()))
-        return StatusSizeError;
-    return detail::call<N>(detail::forwardLayout<T>(layout), i.data(), o.data(), i.size(), s);
+    return detail::rfft(layout, in, out, s).status;
 }
 
 // The inverse: n = out.size() reals from spectrum_cells<Layout>(n) cells of in.
 template <class Layout, class In, class Out>
 TvkStatus irfft(Layout layout, const In& in, Out&& out, scale s) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = std::remove_cv_t<typename decltype(o)::element_type>;
-    constexpr std::size_t N = decltype(o)::extent;
-    static_assert(N == std::dynamic_extent || detail::kernelSize<N>, "real DFT sizes are 2 to 64");
-    if (i.size() < spectrum_cells<Layout>(o.size()))
-        return StatusSizeError;
-    return detail::call<N>(detail::inverseLayout<T>(layout), i.data(), o.data(), o.size(), s);
+    return detail::irfft(layout, in, out, s).status;
 }
 
 // Hartley transform of n = in.size() reals (2..64); out.size() must equal n.
 template <class In, class Out>
 TvkStatus hartley(const In& in, Out&& out, scale s) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    constexpr std::size_t N = decltype(i)::extent;
-    static_assert(N == std::dynamic_extent || detail::kernelSize<N>, "Hartley sizes are 2 to 64");
-    if (i.size() != o.size())
-        return StatusSizeError;
-    return detail::call<N>(detail::Families<T>::hartley, i.data(), o.data(), i.size(), s);
+    return detail::hartley(in, out, s).status;
 }
 
 // Walsh-Hadamard of 2^order points (order 1..13): in and out 2^order long;
@@ -263,15 +269,7 @@ TvkStatus hartley(const In& in, Out&& out, scale s) noexcept
 template <class In, class Out>
 TvkStatus wht(const In& in, Out&& out, scale s, std::uint8_t* buffer = nullptr) noexcept
 {
-    const auto i = std::span(in);
-    const auto o = std::span(out);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    int order = 0;
-    while (order < 14 && (std::size_t{1} << order) < i.size())
-        ++order;
-    if (i.size() != o.size() || (std::size_t{1} << order) != i.size())
-        return StatusSizeError;
-    return detail::Families<T>::whtDispatcher(i.data(), o.data(), order, static_cast<int>(s), buffer);
+    return detail::wht(in, out, s, buffer).status;
 }
 
 } // namespace nothrow
@@ -281,51 +279,37 @@ TvkStatus wht(const In& in, Out&& out, scale s, std::uint8_t* buffer = nullptr) 
 template <class In, class Out>
 void dft_forward(const In& in, Out&& out, scale s)
 {
-    const auto i = std::span(in);
-    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    detail::check<decltype(i)::extent>(detail::complexDft<false>(in, out, s), detail::complexFamily<T>(false), i.size());
+    detail::raise(detail::dft<false>(in, out, s));
 }
 
 template <class In, class Out>
 void dft_inverse(const In& in, Out&& out, scale s)
 {
-    const auto i = std::span(in);
-    using T = typename std::remove_cv_t<typename decltype(i)::element_type>::value_type;
-    detail::check<decltype(i)::extent>(detail::complexDft<true>(in, out, s), detail::complexFamily<T>(true), i.size());
+    detail::raise(detail::dft<true>(in, out, s));
 }
 
 template <class Layout, class In, class Out>
 void rfft(Layout layout, const In& in, Out&& out, scale s)
 {
-    const auto i = std::span(in);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    detail::check<decltype(i)::extent>(nothrow::rfft(layout, in, out, s), detail::forwardLayout<T>(layout), i.size());
+    detail::raise(detail::rfft(layout, in, out, s));
 }
 
 template <class Layout, class In, class Out>
 void irfft(Layout layout, const In& in, Out&& out, scale s)
 {
-    const auto o = std::span(out);
-    using T = std::remove_cv_t<typename decltype(o)::element_type>;
-    detail::check<decltype(o)::extent>(nothrow::irfft(layout, in, out, s), detail::inverseLayout<T>(layout), o.size());
+    detail::raise(detail::irfft(layout, in, out, s));
 }
 
 template <class In, class Out>
 void hartley(const In& in, Out&& out, scale s)
 {
-    const auto i = std::span(in);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    detail::check<decltype(i)::extent>(nothrow::hartley(in, out, s), detail::Families<T>::hartley, i.size());
+    detail::raise(detail::hartley(in, out, s));
 }
 
 template <class In, class Out>
 void wht(const In& in, Out&& out, scale s, std::uint8_t* buffer = nullptr)
 {
-    const auto i = std::span(in);
-    using T = std::remove_cv_t<typename decltype(i)::element_type>;
-    const TvkStatus status = nothrow::wht(in, out, s, buffer);
-    if (status != StatusOk)
-        throw error(status, std::is_same_v<T, float> ? "tvkgWHT_32f" : "tvkgWHT_64f");
+    detail::raise(detail::wht(in, out, s, buffer));
 }
 
 // A DCT-IV plan of one power-of-two length: in memory the caller lends
@@ -333,57 +317,41 @@ void wht(const In& in, Out&& out, scale s, std::uint8_t* buffer = nullptr)
 // memory of its own, freed with the plan.
 template <class T>
 class dct4_plan {
-    using Plan = std::conditional_t<std::is_same_v<T, float>, TvkgDCT4Plan_32f, TvkgDCT4Plan_64f>;
-    static constexpr bool single = std::is_same_v<T, float>;
+    using Api = detail::Api<T>;
 
 public:
     // The longest plan: from twice this length on, the library's 32-bit plan
     // size is refused or wraps to a block too small for the plan.
-    static constexpr int max_length = single ? 1 << 26 : 1 << 25;
+    static constexpr int max_length = std::is_same_v<T, float> ? 1 << 26 : 1 << 25;
 
     // Lengths other than the powers of two from 2 to max_length throw
     // tvkgen::error with StatusSizeError (the C functions take 2^k + 1 too,
     // and compute no DCT-IV of it).
     explicit dct4_plan(int len) : len_(len), owned_(true)
     {
-        checkLength(len, single ? "tvkgDCT4InitAlloc_32f" : "tvkgDCT4InitAlloc_64f");
-        if constexpr (single)
-            check(tvkgDCT4InitAlloc_32f(&plan_, len), "tvkgDCT4InitAlloc_32f");
-        else
-            check(tvkgDCT4InitAlloc_64f(&plan_, len), "tvkgDCT4InitAlloc_64f");
+        checkLength<Api::dct4InitAlloc>(len);
+        check<Api::dct4InitAlloc>(Api::dct4InitAlloc(&plan_, len));
     }
     dct4_plan(int len, std::span<std::uint8_t> arena) : len_(len), owned_(false)
     {
-        const char* name = single ? "tvkgDCT4Init_32f" : "tvkgDCT4Init_64f";
-        checkLength(len, name);
-        if (arena.size() < arena_bytes(len))
-            throw error(StatusSizeError, name);
-        if constexpr (single)
-            check(tvkgDCT4Init_32f(&plan_, len, arena.data()), name);
-        else
-            check(tvkgDCT4Init_64f(&plan_, len, arena.data()), name);
+        checkLength<Api::dct4Init>(len);
+        check<Api::dct4Init>(arena.size() < arena_bytes(len) ? StatusSizeError
+                                                             : Api::dct4Init(&plan_, len, arena.data()));
     }
     dct4_plan(const dct4_plan&) = delete;
     dct4_plan& operator=(const dct4_plan&) = delete;
     ~dct4_plan()
     {
-        if (!owned_)
-            return;
-        if constexpr (single)
-            tvkgDCT4Free_32f(plan_);
-        else
-            tvkgDCT4Free_64f(plan_);
+        if (owned_)
+            Api::dct4Free(plan_);
     }
 
     // Bytes of a plan of length len in a lent arena.
     static std::size_t arena_bytes(int len)
     {
-        checkLength(len, single ? "tvkgDCT4GetSize_32f" : "tvkgDCT4GetSize_64f");
+        checkLength<Api::dct4GetSize>(len);
         std::int32_t bytes = 0;
-        if constexpr (single)
-            check(tvkgDCT4GetSize_32f(len, &bytes), "tvkgDCT4GetSize_32f");
-        else
-            check(tvkgDCT4GetSize_64f(len, &bytes), "tvkgDCT4GetSize_64f");
+        check<Api::dct4GetSize>(Api::dct4GetSize(len, &bytes));
         return static_cast<std::size_t>(bytes);
     }
 
@@ -394,29 +362,24 @@ public:
     {
         if (in.size() != static_cast<std::size_t>(len_) || out.size() != static_cast<std::size_t>(len_))
             return StatusSizeError;
-        if constexpr (single)
-            return tvkgDCT4_32f(in.data(), out.data(), plan_);
-        else
-            return tvkgDCT4_64f(in.data(), out.data(), plan_);
+        return Api::dct4(in.data(), out.data(), plan_);
     }
-    void operator()(std::span<const T> in, std::span<T> out) const
-    {
-        check(run(in, out), single ? "tvkgDCT4_32f" : "tvkgDCT4_64f");
-    }
+    void operator()(std::span<const T> in, std::span<T> out) const { check<Api::dct4>(run(in, out)); }
 
 private:
-    static void check(TvkStatus status, const char* function)
+    template <auto function>
+    static void check(TvkStatus status)
     {
-        if (status != StatusOk)
-            throw error(status, function);
+        detail::raise({status, detail::Export<function, 0>::name});
     }
-    static void checkLength(int len, const char* function)
+    template <auto function>
+    static void checkLength(int len)
     {
         if (len < 2 || len > max_length || (len & (len - 1)) != 0)
-            throw error(StatusSizeError, function);
+            check<function>(StatusSizeError);
     }
 
-    Plan* plan_ = nullptr;
+    typename Api::Plan* plan_ = nullptr;
     int len_;
     bool owned_;
 };
