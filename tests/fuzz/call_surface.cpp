@@ -1,10 +1,10 @@
 #include "call_surface.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "tvkcore.h"
@@ -14,78 +14,61 @@ namespace tvkfuzz {
 
 namespace {
 
-enum class Shape { Kernel, SizeDispatcher, Wht, WhtDispatcher, WhtBufferSize, Dct4, Version };
-enum class Element { F32, F64, C32, C64 };
+// The shapes of the list of exports (tvkgen_exports.inc).
+enum class Shape {
+    KERNEL, DISPATCHER, WHT, WHT_DISPATCHER, WHT_BUFFER_SIZE, DCT4_GET_SIZE, DCT4_INIT, DCT4_INIT_ALLOC, DCT4, DCT4_FREE,
+    VERSION
+};
 
-// A shape of exported function and the numbers it reads and writes for a
-// size N (or order).
+// One listed function, and the numbers it reads and writes for a size N
+// (or order).
 struct Export {
-    std::string name;
     Shape shape;
-    Element element;
-    int realBytes;
-    int size; // the kernel's own N or order; 0 for the size-taking entries
-    std::function<int(int)> inCount;
-    std::function<int(int)> outCount;
-    void* fn;
-};
+    std::string name;
+    std::string type; // "32f", "64f", "32fc" or "64fc"; empty for the version record
+    int size;         // the kernel's own N or order; 0 for the size-taking entries
+    void (*fn)();
 
-int packedCells(int n) { return 2 * (n / 2 + 1); }
-
-// Every family of the call frame with its arrays; the families a build
-// does not hold yet are skipped by name, and join as soon as they exist.
-struct Family {
-    const char* prefix;
-    std::function<int(int)> in;
-    std::function<int(int)> out;
-    bool complex;
-};
-
-std::vector<Export> buildTable()
-{
-    const auto two = [](int n) { return 2 * n; };
-    const auto one = [](int n) { return n; };
-    const std::vector<Family> families = {
-        {"tvkgDFTFwd_CToC", two, two, true},   {"tvkgDFTInv_CToC", two, two, true},
-        {"tvkgDFTFwd_RToCCS", one, packedCells, false}, {"tvkgDFTFwd_RToPack", one, one, false},
-        {"tvkgDFTFwd_RToPerm", one, one, false},        {"tvkgDFTInv_CCSToR", packedCells, one, false},
-        {"tvkgDFTInv_PackToR", one, one, false},        {"tvkgDFTInv_PermToR", one, one, false},
-        {"tvkgHartley", one, one, false},
-    };
-    std::vector<Export> table;
-    const auto add = [&](Export e) {
-        e.fn = dlsym(RTLD_DEFAULT, e.name.c_str());
-        if (e.fn)
-            table.push_back(std::move(e));
-    };
-    for (const Family& f : families)
-        for (int bytes : {4, 8}) {
-            const std::string type = std::string(bytes == 4 ? "32f" : "64f") + (f.complex ? "c" : "");
-            const Element element = f.complex ? (bytes == 4 ? Element::C32 : Element::C64)
-                                              : (bytes == 4 ? Element::F32 : Element::F64);
-            for (int n = 2; n <= 64; ++n)
-                add({std::string(f.prefix) + "_" + std::to_string(n) + "_" + type, Shape::Kernel, element, bytes, n,
-                     f.in, f.out, nullptr});
-            add({std::string(f.prefix) + "_" + type, Shape::SizeDispatcher, element, bytes, 0, f.in, f.out, nullptr});
-        }
-    const auto points = [](int order) { return 1 << order; };
-    for (int bytes : {4, 8}) {
-        const std::string type = bytes == 4 ? "32f" : "64f";
-        const Element element = bytes == 4 ? Element::F32 : Element::F64;
-        for (int order = 1; order <= 13; ++order)
-            add({"tvkgWHT_" + std::to_string(order) + "_" + type, Shape::Wht, element, bytes, order, points, points,
-                 nullptr});
-        add({"tvkgWHT_" + type, Shape::WhtDispatcher, element, bytes, 0, points, points, nullptr});
-        add({"tvkgWHTGetBufferSize_" + type, Shape::WhtBufferSize, element, bytes, 0, nullptr, nullptr, nullptr});
-        add({"tvkgDCT4_" + type, Shape::Dct4, element, bytes, 0, one, one, nullptr});
+    int realBytes() const { return type.starts_with("64") ? 8 : 4; }
+    // Two numbers a complex element, 2^order points in WHT, and n/2 + 1
+    // pairs in a CCS spectrum, which the function's name names.
+    int count(int n, bool out) const
+    {
+        if (shape == Shape::WHT || shape == Shape::WHT_DISPATCHER)
+            return 1 << n;
+        if (type.ends_with("c"))
+            return 2 * n;
+        return name.find(out ? "RToCCS" : "CCSToR") != std::string::npos ? 2 * (n / 2 + 1) : n;
     }
-    add({"tvkgenGetLibVersion", Shape::Version, Element::F64, 0, 0, nullptr, nullptr, nullptr});
-    return table;
+};
+
+const std::vector<Export> kListed = {
+#define TVKG_EXPORT(shape, name, type, size, group) {Shape::shape, #name, #type, size, reinterpret_cast<void (*)()>(name)},
+#include "tvkgen_exports.inc"
+};
+
+// The listed function of a shape and type, as its own function type.
+template <class F>
+F listed(Shape shape, const std::string& type)
+{
+    for (const Export& e : kListed)
+        if (e.shape == shape && e.type == type)
+            return reinterpret_cast<F>(e.fn);
+    std::abort();
 }
 
+// The functions a fuzz call picks, in the list's order; the DCT-IV plan's
+// life cycle is called around each run of a plan.
 const std::vector<Export>& table()
 {
-    static const std::vector<Export> t = buildTable();
+    static const std::vector<Export> t = [] {
+        std::vector<Export> called;
+        for (const Export& e : kListed)
+            if (e.shape != Shape::DCT4_GET_SIZE && e.shape != Shape::DCT4_INIT && e.shape != Shape::DCT4_INIT_ALLOC &&
+                e.shape != Shape::DCT4_FREE)
+                called.push_back(e);
+        return called;
+    }();
     return t;
 }
 
@@ -152,6 +135,17 @@ public:
     size_t bytes() const { return bytes_; }
     const std::vector<uint8_t>& all() const { return mem_; }
     std::vector<uint8_t> contents() const { return {at_, at_ + bytes_}; }
+    // The first byte outside the first `bytes` of the array that differs
+    // from `before` (all() at an earlier time), as an offset from the
+    // array; none if every one is the same.
+    std::optional<long> changedOutside(const std::vector<uint8_t>& before, size_t bytes) const
+    {
+        const size_t from = static_cast<size_t>(at_ - mem_.data());
+        for (size_t i = 0; i < before.size(); ++i)
+            if ((i < from || i >= from + bytes) && mem_[i] != before[i])
+                return static_cast<long>(i) - static_cast<long>(from);
+        return std::nullopt;
+    }
 
 private:
     size_t bytes_;
@@ -168,7 +162,7 @@ void fill(uint8_t* p, size_t bytes, const Call& c)
 // Calls through the exact function types of the exports (a call through
 // another pointer type is undefined, whatever the ABI makes of it).
 template <class T, class... Tail>
-TvkStatus callAs(void* fn, const void* src, void* dst, Tail... tail)
+TvkStatus callAs(void (*fn)(), const void* src, void* dst, Tail... tail)
 {
     return reinterpret_cast<TvkStatus (*)(const T*, T*, Tail...)>(fn)(static_cast<const T*>(src), static_cast<T*>(dst),
                                                                          tail...);
@@ -177,12 +171,9 @@ TvkStatus callAs(void* fn, const void* src, void* dst, Tail... tail)
 template <class... Tail>
 TvkStatus call(const Export& e, const void* src, void* dst, Tail... tail)
 {
-    switch (e.element) {
-    case Element::F32: return callAs<Tvk32f>(e.fn, src, dst, tail...);
-    case Element::F64: return callAs<Tvk64f>(e.fn, src, dst, tail...);
-    case Element::C32: return callAs<Tvk32fc>(e.fn, src, dst, tail...);
-    default: return callAs<Tvk64fc>(e.fn, src, dst, tail...);
-    }
+    if (e.type.ends_with("c"))
+        return e.realBytes() == 4 ? callAs<Tvk32fc>(e.fn, src, dst, tail...) : callAs<Tvk64fc>(e.fn, src, dst, tail...);
+    return e.realBytes() == 4 ? callAs<Tvk32f>(e.fn, src, dst, tail...) : callAs<Tvk64f>(e.fn, src, dst, tail...);
 }
 
 // One run of a frame call: the entry's function on (src, dst) for size n.
@@ -220,8 +211,8 @@ bool sameNumbers(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b, i
 // same bytes out of place at the aligned address and in place.
 std::string checkArrays(const Export& e, const Call& c, int n, TvkStatus expected, const Runner& run)
 {
-    const size_t inBytes = static_cast<size_t>(e.inCount(n)) * e.realBytes;
-    const size_t outBytes = static_cast<size_t>(e.outCount(n)) * e.realBytes;
+    const size_t inBytes = static_cast<size_t>(e.count(n, false)) * e.realBytes();
+    const size_t outBytes = static_cast<size_t>(e.count(n, true)) * e.realBytes();
     const size_t room = std::max(inBytes, outBytes);
     Guarded src(c.inPlace ? room : inBytes, c.srcOffset), dst(outBytes, c.dstOffset);
     fill(src.get(), inBytes, c);
@@ -233,27 +224,24 @@ std::string checkArrays(const Export& e, const Call& c, int n, TvkStatus expecte
     if (status != StatusOk)
         return src.all() == srcBefore && dst.all() == dstBefore ? "" : e.name + ": a failed call wrote";
     // Only the written cells may change.
-    const Guarded& written = c.inPlace ? src : dst;
-    const auto& before = c.inPlace ? srcBefore : dstBefore;
-    const size_t from = static_cast<size_t>(const_cast<Guarded&>(written).get() - written.all().data());
-    for (size_t i = 0; i < before.size(); ++i)
-        if ((i < from || i >= from + outBytes) && written.all()[i] != before[i])
-            return e.name + ": byte " + std::to_string(static_cast<long>(i - from)) + " outside the output changed";
+    if (const auto byte = (c.inPlace ? src : dst).changedOutside(c.inPlace ? srcBefore : dstBefore, outBytes))
+        return e.name + ": byte " + std::to_string(*byte) + " outside the output changed";
     if (!c.inPlace && src.all() != srcBefore)
         return e.name + ": src changed";
     const std::vector<uint8_t> result(static_cast<const uint8_t*>(out), static_cast<const uint8_t*>(out) + outBytes);
     // The aligned out-of-place call gives the same bytes.
     Guarded src0(inBytes, 0), dst0(outBytes, 0);
     fill(src0.get(), inBytes, c);
-    if (run(src0.get(), dst0.get()) != StatusOk || !sameNumbers(dst0.contents(), result, e.realBytes))
+    if (run(src0.get(), dst0.get()) != StatusOk || !sameNumbers(dst0.contents(), result, e.realBytes()))
         return e.name + ": another address or in place gives other bytes";
     return "";
 }
 
 std::string checkVersion(const Export& e)
 {
-    const auto* v = reinterpret_cast<const LibVersion* (*)()>(e.fn)();
-    return v && v == tvkgenGetLibVersion() ? "" : "version record moved";
+    const auto version = reinterpret_cast<const LibVersion* (*)()>(e.fn);
+    const LibVersion* v = version();
+    return v && v == version() ? "" : "version record moved";
 }
 
 // The size pointer has no null test by design: a null one is passed only
@@ -275,48 +263,33 @@ std::string checkWhtBufferSize(const Export& e, const Call& c)
 // run at any address with the bytes of the aligned run, and built again by
 // InitAlloc to the same bytes.
 template <class Real, class Plan>
-struct PlanLifeCycle {
-    const char* type;
-    TvkStatus (*getSize)(int, int32_t*);
-    TvkStatus (*init)(Plan**, int, uint8_t*);
-    TvkStatus (*initAlloc)(Plan**, int);
-    TvkStatus (*run)(const Real*, Real*, const Plan*);
-    TvkStatus (*free)(Plan*);
-};
-
-template <class Real, class Plan>
-std::string checkDct4(const Call& c, const PlanLifeCycle<Real, Plan>& life)
+std::string checkDct4(const Export& e, const Call& c)
 {
-    const std::string name = std::string("tvkgDCT4_") + life.type;
-    const auto getSize = life.getSize;
-    const auto init = life.init;
-    const auto initAlloc = life.initAlloc;
-    const auto runPlan = life.run;
-    const auto freePlan = life.free;
+    const auto getSize = listed<TvkStatus (*)(int, int32_t*)>(Shape::DCT4_GET_SIZE, e.type);
+    const auto init = listed<TvkStatus (*)(Plan**, int, uint8_t*)>(Shape::DCT4_INIT, e.type);
+    const auto initAlloc = listed<TvkStatus (*)(Plan**, int)>(Shape::DCT4_INIT_ALLOC, e.type);
+    const auto freePlan = listed<TvkStatus (*)(Plan*)>(Shape::DCT4_FREE, e.type);
+    const auto runPlan = reinterpret_cast<TvkStatus (*)(const Real*, Real*, const Plan*)>(e.fn);
     // Lengths the plans do not take may still be sized and built (the
     // size rule is integer arithmetic on the length); only powers of two
     // are run and compared.
     int32_t size = -1;
     const TvkStatus sized = getSize(c.len, &size);
     if (sized != StatusOk && sized != StatusSizeError)
-        return name + ": GetSize status " + std::to_string(sized);
+        return e.name + ": GetSize status " + std::to_string(sized);
     if (sized != StatusOk || size < 0 || size > (1 << 22))
         return "";
     Guarded mem(static_cast<size_t>(size), 0);
     const auto memBefore = mem.all();
     Plan* plan = nullptr;
     const TvkStatus built = init(&plan, c.len, mem.get());
-    const size_t from = static_cast<size_t>(mem.get() - mem.all().data());
-    for (size_t i = 0; i < memBefore.size(); ++i)
-        if ((i < from || i >= from + mem.bytes()) && mem.all()[i] != memBefore[i])
-            return name + ": Init wrote outside its block";
+    if (mem.changedOutside(memBefore, mem.bytes()))
+        return e.name + ": Init wrote outside its block";
     const bool power = c.len >= 2 && (c.len & (c.len - 1)) == 0;
     if (power && (built != StatusOk || plan == nullptr))
-        return name + ": Init of length " + std::to_string(c.len) + " failed in the bytes GetSize gave";
+        return e.name + ": Init of length " + std::to_string(c.len) + " failed in the bytes GetSize gave";
     if (!power || c.len > 4096)
         return "";
-    const Export e{name, Shape::Dct4, sizeof(Real) == 4 ? Element::F32 : Element::F64, sizeof(Real), 0,
-                   [](int n) { return n; }, [](int n) { return n; }, nullptr};
     Call plain = c;
     plain.nullSrc = plain.nullDst = false;
     std::string problem = checkArrays(e, plain, c.len, StatusOk, [&](const void* s, void* d) {
@@ -326,20 +299,14 @@ std::string checkDct4(const Call& c, const PlanLifeCycle<Real, Plan>& life)
         return problem;
     Plan* owned = nullptr;
     if (initAlloc(&owned, c.len) != StatusOk)
-        return name + ": InitAlloc failed";
+        return e.name + ": InitAlloc failed";
     Guarded src(c.len * sizeof(Real), 0), a(c.len * sizeof(Real), 0), b(c.len * sizeof(Real), 0);
     fill(src.get(), src.bytes(), c);
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(a.get()), plan);
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(b.get()), owned);
     freePlan(owned);
-    return a.contents() == b.contents() ? "" : name + ": InitAlloc's plan gives other bytes";
+    return a.contents() == b.contents() ? "" : e.name + ": InitAlloc's plan gives other bytes";
 }
-
-} // namespace
-
-size_t exportCount() { return table().size(); }
-
-namespace {
 
 std::string checkCall(const Call& c)
 {
@@ -347,38 +314,32 @@ std::string checkCall(const Call& c)
     const bool nulls = c.nullSrc || c.nullDst;
     const TvkStatus frame = nulls ? StatusNullPointer : goodFlag(c.flag) ? StatusOk : StatusScaleFlagError;
     switch (e.shape) {
-    case Shape::Version: return checkVersion(e);
-    case Shape::WhtBufferSize: return checkWhtBufferSize(e, c);
-    case Shape::Dct4:
-        if (e.realBytes == 4)
-            return checkDct4(c, PlanLifeCycle<Tvk32f, TvkgDCT4Plan_32f>{"32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f,
-                                                                        tvkgDCT4InitAlloc_32f, tvkgDCT4_32f,
-                                                                        tvkgDCT4Free_32f});
-        return checkDct4(c, PlanLifeCycle<Tvk64f, TvkgDCT4Plan_64f>{"64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f,
-                                                                    tvkgDCT4InitAlloc_64f, tvkgDCT4_64f,
-                                                                    tvkgDCT4Free_64f});
-    case Shape::Kernel:
+    case Shape::VERSION: return checkVersion(e);
+    case Shape::WHT_BUFFER_SIZE: return checkWhtBufferSize(e, c);
+    case Shape::DCT4:
+        return e.realBytes() == 4 ? checkDct4<Tvk32f, TvkgDCT4Plan_32f>(e, c) : checkDct4<Tvk64f, TvkgDCT4Plan_64f>(e, c);
+    case Shape::KERNEL:
         return checkArrays(e, c, e.size, frame, [&](const void* s, void* d) { return call(e, s, d, c.flag); });
-    case Shape::SizeDispatcher: {
+    case Shape::DISPATCHER: {
         const Runner run = [&](const void* s, void* d) { return call(e, s, d, c.len, c.flag); };
         if (c.len < 2 || c.len > 64)
             return checkArrays(e, c, 2, StatusSizeError, run);
         return checkArrays(e, c, c.len, frame, run);
     }
-    case Shape::Wht:
-    case Shape::WhtDispatcher: {
-        const int order = e.shape == Shape::Wht ? e.size : c.len;
+    case Shape::WHT:
+    case Shape::WHT_DISPATCHER: {
+        const int order = e.shape == Shape::WHT ? e.size : c.len;
         const bool badOrder = order < 1 || order > 13;
         const int n = badOrder ? 1 : order;
         std::vector<uint8_t*> buffers = {nullptr};
         int32_t bufferSize = 0;
-        const auto getSize = e.realBytes == 4 ? tvkgWHTGetBufferSize_32f : tvkgWHTGetBufferSize_64f;
+        const auto getSize = listed<TvkStatus (*)(int, int32_t*)>(Shape::WHT_BUFFER_SIZE, e.type);
         if (c.callerBuffer && !badOrder && getSize(order, &bufferSize) == StatusOk && bufferSize > 0)
             buffers.push_back(static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferSize))));
         std::string problem;
         for (uint8_t* buffer : buffers) {
             const auto run = [&](const void* s, void* d) {
-                return e.shape == Shape::Wht ? call(e, s, d, c.flag, buffer) : call(e, s, d, order, c.flag, buffer);
+                return e.shape == Shape::WHT ? call(e, s, d, c.flag, buffer) : call(e, s, d, order, c.flag, buffer);
             };
             problem = checkArrays(e, c, n, badOrder ? StatusSizeError : frame, run);
             if (!problem.empty())
@@ -388,11 +349,13 @@ std::string checkCall(const Call& c)
             tvkFree(buffers[1]);
         return problem;
     }
+    default: return "";
     }
-    return "";
 }
 
 } // namespace
+
+size_t exportCount() { return table().size(); }
 
 std::string checkOneCall(const uint8_t* data, size_t size) { return checkCall(decode(data, size)); }
 
