@@ -3,6 +3,7 @@ layout, both element types, threads, and the errors it raises."""
 
 import ctypes
 import os
+import shutil
 import subprocess
 import sys
 import threading
@@ -122,16 +123,42 @@ def test_dct4_from_threads_at_once(dtype):
     assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
 
 
+def import_copy(tmp_path, library, code="import tvkgen"):
+    """Runs code with a copy of the module outside the checkout and TVKGEN_LIBRARY naming library."""
+    module = tmp_path / "site" / "tvkgen"
+    module.mkdir(parents=True)
+    shutil.copy(tvkgen.__file__, module)
+    environment = dict(os.environ, TVKGEN_LIBRARY=str(library), PYTHONPATH=str(module.parent))
+    return subprocess.run([sys.executable, "-c", code], env=environment, capture_output=True, text=True, cwd=tmp_path)
+
+
 def test_a_library_that_does_not_load_is_reported_in_the_loaders_words(tmp_path):
     library = tmp_path / "libtvkgen.so"
     library.write_text("not a shared library\n")
     with pytest.raises(OSError) as loader:
         ctypes.CDLL(str(library))
-    environment = dict(os.environ, TVKGEN_LIBRARY=str(library),
-                       PYTHONPATH=os.path.dirname(os.path.dirname(tvkgen.__file__)))
-    run = subprocess.run([sys.executable, "-c", "import tvkgen"], env=environment, capture_output=True, text=True)
+    run = import_copy(tmp_path, library)
     assert run.returncode != 0
     assert str(loader.value) in run.stderr
+
+
+def test_an_installed_library_is_called_through_the_list_in_its_prefix(tmp_path):
+    lib = tmp_path / "prefix" / "lib"
+    lib.mkdir(parents=True)
+    (lib / "libtvkgen.so").symlink_to(tvkgen.library_path)
+    call = "import numpy, tvkgen; print(tvkgen.hartley(numpy.ones(4))[0])"
+    run = import_copy(tmp_path / "without", lib / "libtvkgen.so", call)
+    assert run.returncode != 0 and "tvkgen_exports.inc, the list of the library's exports, is in none of" in run.stderr
+    (tmp_path / "prefix" / "include").mkdir()
+    shutil.copy(tvkgen._exports_path, tmp_path / "prefix" / "include")
+    run = import_copy(tmp_path / "with", lib / "libtvkgen.so", call)
+    assert (run.returncode, run.stdout) == (0, "4.0\n"), run.stderr
+
+
+def test_a_name_off_the_list_is_refused():
+    assert len(tvkgen.EXPORTS) == 1193
+    with pytest.raises(LookupError, match="tvkgDFTFwd_CToC_65_32fc is not on tvkgen's list of exports"):
+        tvkgen._export("tvkgDFTFwd_CToC_65_32fc")
 
 
 @pytest.mark.parametrize("dtype", REAL)

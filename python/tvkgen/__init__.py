@@ -18,7 +18,10 @@ lock, so no two threads may run one plan at a time.
 
 The library is found through the environment variable TVKGEN_LIBRARY (a
 path to libtvkgen.so), next to this module, in a build tree of the checkout
-(build/*/libtvkgen.so), or where the system's loader looks.
+(build/*/libtvkgen.so), or where the system's loader looks. Every function
+called is looked up in the library's list of exports, tvkgen_exports.inc,
+which gives its signature: next to this module, in the checkout's include/,
+or in the include/ of the prefix the library is installed in.
 """
 
 import ctypes
@@ -26,12 +29,13 @@ import ctypes.util
 import functools
 import glob
 import os
+import re
 import threading
 import weakref
 
 import numpy as np
 
-__all__ = ["fft", "rfft", "irfft", "hartley", "wht", "dct4", "TvkgenError", "library_path"]
+__all__ = ["fft", "rfft", "irfft", "hartley", "wht", "dct4", "TvkgenError", "library_path", "EXPORTS"]
 
 SCALES = {"forward": 1, "inverse": 2, "sqrt": 4, "none": 8}
 LAYOUTS = ("ccs", "pack", "perm")
@@ -84,19 +88,51 @@ _lib, library_path = _load()
 _int = ctypes.c_int
 _ptr = ctypes.c_void_p
 
+# The C signature of each shape of the list of exports.
+_SIGNATURES = {
+    "KERNEL": (_ptr, _ptr, _int),
+    "DISPATCHER": (_ptr, _ptr, _int, _int),
+    "WHT": (_ptr, _ptr, _int, _ptr),
+    "WHT_DISPATCHER": (_ptr, _ptr, _int, _int, _ptr),
+    "WHT_BUFFER_SIZE": (_int, _ptr),
+    "DCT4_GET_SIZE": (_int, _ptr),
+    "DCT4_INIT": (_ptr, _int, _ptr),
+    "DCT4_INIT_ALLOC": (_ptr, _int),
+    "DCT4": (_ptr, _ptr, _ptr),
+    "DCT4_FREE": (_ptr,),
+    "VERSION": (),
+}
+
+
+def _exports_list():
+    """The rows of tvkgen_exports.inc, {name: shape}, and the file's path."""
+    here = os.path.dirname(os.path.abspath(__file__))
+    library_dir = os.path.dirname(os.path.abspath(library_path))
+    places = [here, os.path.join(os.path.dirname(os.path.dirname(here)), "include"),
+              os.path.join(os.path.dirname(library_dir), "include"),
+              os.path.join(os.path.dirname(os.path.dirname(library_dir)), "include")]
+    for place in places:
+        path = os.path.join(place, "tvkgen_exports.inc")
+        if os.path.exists(path):
+            with open(path) as rows:
+                return dict((name, shape) for shape, name in
+                            re.findall(r"^TVKG_EXPORT\((\w+), (\w+),", rows.read(), re.MULTILINE)), path
+    raise OSError("tvkgen_exports.inc, the list of the library's exports, is in none of " + ", ".join(places))
+
+
+# Every function the library exports, by name, with its shape.
+EXPORTS, _exports_path = _exports_list()
+
 
 @functools.lru_cache(maxsize=None)
-def _signed(name, argtypes):
-    """A library function with its C signature, looked up once."""
+def _export(name):
+    """A library function with the signature of its shape, looked up once."""
+    if name not in EXPORTS:
+        raise LookupError(f"{name} is not on tvkgen's list of exports ({_exports_path})")
     f = getattr(_lib, name)
-    f.restype = ctypes.c_int32
-    f.argtypes = list(argtypes)
+    f.restype = ctypes.c_void_p if EXPORTS[name] == "VERSION" else ctypes.c_int32
+    f.argtypes = _SIGNATURES[EXPORTS[name]]
     return f
-
-
-def _function(name, nargs):
-    """A kernel or dispatcher: src, dst, then nargs - 2 integers."""
-    return _signed(name, (_ptr, _ptr) + (_int,) * (nargs - 2))
 
 
 def _check(status, name):
@@ -169,7 +205,7 @@ def fft(x, inverse=False, scale="none"):
     x = _input(x, _COMPLEX, "fft", _sizes(2, 64, "fft"))
     name = f"tvkgDFT{'Inv' if _inverse(inverse) else 'Fwd'}_CToC_{_COMPLEX[x.dtype]}"
     out = np.empty_like(x)
-    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    _check(_export(name)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
     return out
 
 
@@ -189,7 +225,7 @@ def rfft(x, layout="ccs", scale="none"):
     x = _input(x, _REAL, "rfft", _sizes(2, 64, "rfft"))
     name = f"tvkgDFTFwd_RTo{_layout(layout)}_{_REAL[x.dtype]}"
     out = np.empty(spectrum_cells(len(x), layout), x.dtype)
-    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    _check(_export(name)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
     return out
 
 
@@ -208,7 +244,7 @@ def irfft(cells, n, layout="ccs", scale="none"):
     cells = _input(cells, _REAL, "irfft", check_cells)
     name = f"tvkgDFTInv_{_layout(layout)}ToR_{_REAL[cells.dtype]}"
     out = np.empty(n, cells.dtype)
-    _check(_function(name, 4)(cells.ctypes.data, out.ctypes.data, n, _flag(scale)), name)
+    _check(_export(name)(cells.ctypes.data, out.ctypes.data, n, _flag(scale)), name)
     return out
 
 
@@ -217,7 +253,7 @@ def hartley(x, scale="none"):
     x = _input(x, _REAL, "hartley", _sizes(2, 64, "hartley"))
     name = f"tvkgHartley_{_REAL[x.dtype]}"
     out = np.empty_like(x)
-    _check(_function(name, 4)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
+    _check(_export(name)(x.ctypes.data, out.ctypes.data, len(x), _flag(scale)), name)
     return out
 
 
@@ -226,9 +262,8 @@ def wht(x, scale="none"):
     x = _input(x, _REAL, "wht", _powers_of_two(dict.fromkeys(_REAL, 8192), "wht"))
     order = len(x).bit_length() - 1
     name = f"tvkgWHT_{_REAL[x.dtype]}"
-    f = _signed(name, (_ptr, _ptr, _int, _int, _ptr))
     out = np.empty_like(x)
-    _check(f(x.ctypes.data, out.ctypes.data, order, _flag(scale), None), name)
+    _check(_export(name)(x.ctypes.data, out.ctypes.data, order, _flag(scale), None), name)
     return out
 
 
@@ -244,8 +279,8 @@ class _Plan:
     def __init__(self, n, suffix):
         self.handle = ctypes.c_void_p()
         init = f"tvkgDCT4InitAlloc_{suffix}"
-        _check(_signed(init, (ctypes.POINTER(ctypes.c_void_p), _int))(ctypes.byref(self.handle), n), init)
-        weakref.finalize(self, _signed(f"tvkgDCT4Free_{suffix}", (_ptr,)), self.handle)
+        _check(_export(init)(ctypes.byref(self.handle), n), init)
+        weakref.finalize(self, _export(f"tvkgDCT4Free_{suffix}"), self.handle)
 
 
 def _plan(n, suffix):
@@ -262,7 +297,7 @@ def dct4(x):
     x = _input(x, _REAL, "dct4", _powers_of_two(_DCT4_LONGEST, "dct4"))
     suffix = _REAL[x.dtype]
     plan = _plan(len(x), suffix)
-    run = _signed(f"tvkgDCT4_{suffix}", (_ptr, _ptr, _ptr))
+    name = f"tvkgDCT4_{suffix}"
     out = np.empty_like(x)
-    _check(run(x.ctypes.data, out.ctypes.data, plan), f"tvkgDCT4_{suffix}")
+    _check(_export(name)(x.ctypes.data, out.ctypes.data, plan), name)
     return out
