@@ -183,27 +183,23 @@ using Runner = std::function<TvkStatus(const void*, void*)>;
 // NaN may differ from a NaN in sign and payload. Which NaN a sum of two NaNs
 // gives depends on the order of its operands, and the compiler may commute
 // them differently in the aligned body and its twin.
+template <class F>
+bool bothNaN(const uint8_t* a, const uint8_t* b)
+{
+    F x, y;
+    std::memcpy(&x, a, sizeof x);
+    std::memcpy(&y, b, sizeof y);
+    return x != x && y != y;
+}
+
 bool sameNumbers(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b, int realBytes)
 {
     if (a.size() != b.size())
         return false;
-    for (size_t i = 0; i < a.size(); i += realBytes) {
-        if (std::memcmp(&a[i], &b[i], realBytes) == 0)
-            continue;
-        if (realBytes == 4) {
-            float x, y;
-            std::memcpy(&x, &a[i], 4);
-            std::memcpy(&y, &b[i], 4);
-            if (!(x != x && y != y))
-                return false;
-        } else {
-            double x, y;
-            std::memcpy(&x, &a[i], 8);
-            std::memcpy(&y, &b[i], 8);
-            if (!(x != x && y != y))
-                return false;
-        }
-    }
+    for (size_t i = 0; i < a.size(); i += realBytes)
+        if (std::memcmp(&a[i], &b[i], realBytes) != 0 &&
+            !(realBytes == 4 ? bothNaN<float>(&a[i], &b[i]) : bothNaN<double>(&a[i], &b[i])))
+            return false;
     return true;
 }
 
@@ -331,22 +327,21 @@ std::string checkCall(const Call& c)
         const int order = e.shape == Shape::WHT ? e.size : c.len;
         const bool badOrder = order < 1 || order > 13;
         const int n = badOrder ? 1 : order;
-        std::vector<uint8_t*> buffers = {nullptr};
-        int32_t bufferSize = 0;
-        const auto getSize = listed<TvkStatus (*)(int, int32_t*)>(Shape::WHT_BUFFER_SIZE, e.type);
-        if (c.callerBuffer && !badOrder && getSize(order, &bufferSize) == StatusOk && bufferSize > 0)
-            buffers.push_back(static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferSize))));
-        std::string problem;
-        for (uint8_t* buffer : buffers) {
-            const auto run = [&](const void* s, void* d) {
+        const TvkStatus expected = badOrder ? StatusSizeError : frame;
+        const auto runWith = [&](uint8_t* buffer) {
+            return [&e, &c, order, buffer](const void* s, void* d) {
                 return e.shape == Shape::WHT ? call(e, s, d, c.flag, buffer) : call(e, s, d, order, c.flag, buffer);
             };
-            problem = checkArrays(e, c, n, badOrder ? StatusSizeError : frame, run);
-            if (!problem.empty())
-                break;
+        };
+        std::string problem = checkArrays(e, c, n, expected, runWith(nullptr));
+        // The same checks with a buffer of the caller's.
+        int32_t bufferSize = 0;
+        const auto getSize = listed<TvkStatus (*)(int, int32_t*)>(Shape::WHT_BUFFER_SIZE, e.type);
+        if (problem.empty() && c.callerBuffer && !badOrder && getSize(order, &bufferSize) == StatusOk && bufferSize > 0) {
+            auto* buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferSize)));
+            problem = checkArrays(e, c, n, expected, runWith(buffer));
+            tvkFree(buffer);
         }
-        if (buffers.size() > 1)
-            tvkFree(buffers[1]);
         return problem;
     }
     default: return "";
@@ -373,18 +368,11 @@ std::string checkEdgeCalls(size_t& calls)
         for (int nulls = 0; nulls < 4; ++nulls)
             for (int32_t flag : flags)
                 for (int32_t len : lens) {
-                    Call c{};
-                    c.index = index;
-                    c.len = len;
-                    c.flag = flag;
-                    c.srcOffset = 1;
-                    c.dstOffset = 3;
-                    c.nullSrc = nulls & 1;
-                    c.nullDst = nulls & 2;
-                    c.data = kData;
-                    c.dataSize = sizeof kData;
                     ++calls;
-                    const std::string problem = checkCall(c);
+                    const std::string problem =
+                        checkCall({.index = index, .len = len, .flag = flag, .srcOffset = 1, .dstOffset = 3,
+                                   .inPlace = false, .nullSrc = (nulls & 1) != 0, .nullDst = (nulls & 2) != 0,
+                                   .callerBuffer = false, .data = kData, .dataSize = sizeof kData});
                     if (!problem.empty())
                         return problem;
                 }
