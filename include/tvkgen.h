@@ -93,10 +93,15 @@ typedef struct TvkgDCT4Plan_32f TvkgDCT4Plan_32f;
 typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
 
 /* ---- Functions -----------------------------------------------------------
- * Each exported function is a row of tvkgen_exports.inc, declared below by
- * its shape. Kernel names carry their size: tvkgDFTFwd_CToC_16_64fc,
- * tvkgWHT_13_32f. The same name without the size is the dispatcher, which
- * takes `len` (2..64) or `order` (1..13) after dst. */
+ * Each exported function is a row of tvkgen_exports.inc, declared at the end
+ * of this header by its shape, TVKG_DECLARE_<shape> below. Kernel names
+ * carry their size: tvkgDFTFwd_CToC_16_64fc, tvkgWHT_13_32f. The same name
+ * without the size is the dispatcher, which takes `len` (2..64) or `order`
+ * (1..13) after dst. */
+
+/* The kernels and dispatchers of the complex DFT, the real DFT and Hartley: */
+#define TVKG_DECLARE_KERNEL(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int flag);
+#define TVKG_DECLARE_DISPATCHER(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int len, int flag);
 
 /* Complex DFT: X[k] = factor * sum_n x[n] exp(-2 pi i nk/N) forward,
  * exp(+2 pi i nk/N) inverse. */
@@ -125,10 +130,7 @@ typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
  * needs an array of the CCS length. */
 
 /* Hartley: H[k] = factor * sum_n x[n] (cos(2 pi nk/N) + sin(2 pi nk/N)),
- * N cells in natural order; its own inverse up to N.
- * Each kernel of these families, and its dispatcher: */
-#define TVKG_DECLARE_KERNEL(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int flag);
-#define TVKG_DECLARE_DISPATCHER(name, t) TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, int len, int flag);
+ * N cells in natural order; its own inverse up to N. */
 
 /* Walsh-Hadamard: orders 1..13 (N = 2..8192 points), rows in natural
  * (Hadamard) order: dst[k] = factor * sum_j (-1)^popcount(j & k) src[j]; its
@@ -175,6 +177,7 @@ typedef struct TvkgDCT4Plan_64f TvkgDCT4Plan_64f;
     TVKG_API TvkStatus name(const Tvk##t* src, Tvk##t* dst, const TvkgDCT4Plan_##t* plan);
 #define TVKG_DECLARE_DCT4_FREE(name, t) TVKG_API TvkStatus name(TvkgDCT4Plan_##t* plan);
 
+/* Every exported function, by its shape. */
 #define TVKG_EXPORT(shape, name, type, size, group) TVKG_DECLARE_##shape(name, type)
 #include "tvkgen_exports.inc"
 

@@ -87,9 +87,10 @@ struct Api<float> {
     using Complex = Tvk32fc;
     using Plan = TvkgDCT4Plan_32f;
     static constexpr auto dftForward = tvkgDFTFwd_CToC_32fc, dftInverse = tvkgDFTInv_CToC_32fc;
-    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_32f, toPack = tvkgDFTFwd_RToPack_32f, toPerm = tvkgDFTFwd_RToPerm_32f,
-                          fromCcs = tvkgDFTInv_CCSToR_32f, fromPack = tvkgDFTInv_PackToR_32f,
-                          fromPerm = tvkgDFTInv_PermToR_32f, hartley = tvkgHartley_32f;
+    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_32f, toPack = tvkgDFTFwd_RToPack_32f,
+                          toPerm = tvkgDFTFwd_RToPerm_32f, fromCcs = tvkgDFTInv_CCSToR_32f,
+                          fromPack = tvkgDFTInv_PackToR_32f, fromPerm = tvkgDFTInv_PermToR_32f,
+                          hartley = tvkgHartley_32f;
     static constexpr auto wht = tvkgWHT_32f;
     static constexpr auto dct4GetSize = tvkgDCT4GetSize_32f;
     static constexpr auto dct4Init = tvkgDCT4Init_32f;
@@ -102,9 +103,10 @@ struct Api<double> {
     using Complex = Tvk64fc;
     using Plan = TvkgDCT4Plan_64f;
     static constexpr auto dftForward = tvkgDFTFwd_CToC_64fc, dftInverse = tvkgDFTInv_CToC_64fc;
-    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_64f, toPack = tvkgDFTFwd_RToPack_64f, toPerm = tvkgDFTFwd_RToPerm_64f,
-                          fromCcs = tvkgDFTInv_CCSToR_64f, fromPack = tvkgDFTInv_PackToR_64f,
-                          fromPerm = tvkgDFTInv_PermToR_64f, hartley = tvkgHartley_64f;
+    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_64f, toPack = tvkgDFTFwd_RToPack_64f,
+                          toPerm = tvkgDFTFwd_RToPerm_64f, fromCcs = tvkgDFTInv_CCSToR_64f,
+                          fromPack = tvkgDFTInv_PackToR_64f, fromPerm = tvkgDFTInv_PermToR_64f,
+                          hartley = tvkgHartley_64f;
     static constexpr auto wht = tvkgWHT_64f;
     static constexpr auto dct4GetSize = tvkgDCT4GetSize_64f;
     static constexpr auto dct4Init = tvkgDCT4Init_64f;

@@ -75,7 +75,9 @@ TYPED_TEST(CppInterface, EveryWrapperGivesTheBytesOfItsCFunction)
     for (std::size_t i = 0; i < n; ++i)
         z[i] = {x[2 * i], x[2 * i + 1]};
     const std::pair<tvkgen::scale, int> scales[] = {{tvkgen::scale::forward_by_n, ScaleDivForwardByN},
-        {tvkgen::scale::inverse_by_n, ScaleDivInverseByN}, {sqrt, ScaleDivBySqrtN}, {tvkgen::scale::none, ScaleNoDivide}};
+                                                    {tvkgen::scale::inverse_by_n, ScaleDivInverseByN},
+                                                    {sqrt, ScaleDivBySqrtN},
+                                                    {tvkgen::scale::none, ScaleNoDivide}};
     for (bool inverse : {false, true})
         for (const auto& [wrapperScale, flag] : scales) {
             const tvkgen::scale scale = wrapperScale; // clang before 16 captures no structured binding
@@ -90,9 +92,11 @@ TYPED_TEST(CppInterface, EveryWrapperGivesTheBytesOfItsCFunction)
         constexpr std::size_t cells = tvkgen::spectrum_cells<decltype(layout)>(n);
         std::vector<T> spectrum(cells), back(n);
         C::forward[index](r.data(), spectrum.data(), n, ScaleDivBySqrtN);
-        expectBothWays<n, cells>(r, spectrum, [&](const auto& in, auto&& out) { tvkgen::rfft(layout, in, out, sqrt); });
+        expectBothWays<n, cells>(r, spectrum,
+                                 [&](const auto& in, auto&& out) { tvkgen::rfft(layout, in, out, sqrt); });
         C::inverse[index](spectrum.data(), back.data(), n, ScaleDivBySqrtN);
-        expectBothWays<cells, n>(spectrum, back, [&](const auto& in, auto&& out) { tvkgen::irfft(layout, in, out, sqrt); });
+        expectBothWays<cells, n>(spectrum, back,
+                                 [&](const auto& in, auto&& out) { tvkgen::irfft(layout, in, out, sqrt); });
     };
     layoutCase(tvkgen::ccs, 0);
     layoutCase(tvkgen::pack, 1);
@@ -146,7 +150,8 @@ TEST(CppInterface, StatusesBecomeErrorsOrComeBack)
     EXPECT_EQ(thrown([&] { tvkgen::wht(std::vector<float>(8), std::vector<float>(8), three); }),
               Thrown(StatusScaleFlagError, "tvkgWHT_32f"));
     EXPECT_EQ(tvkgen::nothrow::hartley(r, h, three), StatusScaleFlagError);
-    EXPECT_EQ(tvkgen::nothrow::wht(std::vector<float>(12), std::vector<float>(12), tvkgen::scale::none), StatusSizeError);
+    EXPECT_EQ(tvkgen::nothrow::wht(std::vector<float>(12), std::vector<float>(12), tvkgen::scale::none),
+              StatusSizeError);
     std::vector<float> shortSpectrum(9), out(10);
     EXPECT_EQ(tvkgen::nothrow::irfft(tvkgen::ccs, shortSpectrum, out, tvkgen::scale::none), StatusSizeError);
 }

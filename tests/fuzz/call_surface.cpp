@@ -16,8 +16,8 @@ namespace {
 
 // The shapes of the list of exports (tvkgen_exports.inc).
 enum class Shape {
-    KERNEL, DISPATCHER, WHT, WHT_DISPATCHER, WHT_BUFFER_SIZE, DCT4_GET_SIZE, DCT4_INIT, DCT4_INIT_ALLOC, DCT4, DCT4_FREE,
-    VERSION
+    KERNEL, DISPATCHER, WHT, WHT_DISPATCHER, WHT_BUFFER_SIZE,
+    DCT4_GET_SIZE, DCT4_INIT, DCT4_INIT_ALLOC, DCT4, DCT4_FREE, VERSION
 };
 
 // One listed function, and the numbers it reads and writes for a size N
@@ -43,7 +43,8 @@ struct Export {
 };
 
 const std::vector<Export> kListed = {
-#define TVKG_EXPORT(shape, name, type, size, group) {Shape::shape, #name, #type, size, reinterpret_cast<void (*)()>(name)},
+#define TVKG_EXPORT(shape, name, type, size, group) \
+    {Shape::shape, #name, #type, size, reinterpret_cast<void (*)()>(name)},
 #include "tvkgen_exports.inc"
 };
 
@@ -313,7 +314,8 @@ std::string checkCall(const Call& c)
     case Shape::VERSION: return checkVersion(e);
     case Shape::WHT_BUFFER_SIZE: return checkWhtBufferSize(e, c);
     case Shape::DCT4:
-        return e.realBytes() == 4 ? checkDct4<Tvk32f, TvkgDCT4Plan_32f>(e, c) : checkDct4<Tvk64f, TvkgDCT4Plan_64f>(e, c);
+        return e.realBytes() == 4 ? checkDct4<Tvk32f, TvkgDCT4Plan_32f>(e, c)
+                                  : checkDct4<Tvk64f, TvkgDCT4Plan_64f>(e, c);
     case Shape::KERNEL:
         return checkArrays(e, c, e.size, frame, [&](const void* s, void* d) { return call(e, s, d, c.flag); });
     case Shape::DISPATCHER: {
@@ -337,7 +339,8 @@ std::string checkCall(const Call& c)
         // The same checks with a buffer of the caller's.
         int32_t bufferSize = 0;
         const auto getSize = listed<TvkStatus (*)(int, int32_t*)>(Shape::WHT_BUFFER_SIZE, e.type);
-        if (problem.empty() && c.callerBuffer && !badOrder && getSize(order, &bufferSize) == StatusOk && bufferSize > 0) {
+        if (problem.empty() && c.callerBuffer && !badOrder && getSize(order, &bufferSize) == StatusOk &&
+            bufferSize > 0) {
             auto* buffer = static_cast<uint8_t*>(tvkMalloc(static_cast<uint32_t>(bufferSize)));
             problem = checkArrays(e, c, n, expected, runWith(buffer));
             tvkFree(buffer);
