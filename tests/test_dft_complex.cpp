@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "complex_kernels.h"
-#include "frame_checks.h"
+#include "kernel_checks.h"
 #include "test_support.h"
 
 using namespace tvktest;
@@ -22,27 +22,16 @@ bool takesChirpForm(const ComplexKernel& k) { return !k.is64() && (k.size == 47 
 class ComplexKernelTest : public ::testing::TestWithParam<ComplexKernel> {
 protected:
     const ComplexKernel& k = GetParam();
-    bool isChirp() const { return takesChirpForm(k); }
 };
 
 TEST_P(ComplexKernelTest, CallFrame) { expectCallFrame(k); }
 
-// An impulse gives the bare scale constant in every bin, bit for bit.
+// An impulse gives the bare scale constant in every bin, bit for bit, and
+// zeros +0.0; a few units in the last place of binary32, and zeros of
+// either sign, in the chirp kernels.
 TEST_P(ComplexKernelTest, ImpulseGivesTheScaleConstant)
 {
-    auto impulse = filledInput(k, 0);
-    setElement(k, impulse.data(), 0, 1.0L);
-    for (int flag : kGoodFlags) {
-        const auto dst = runKernel(k, impulse, flag);
-        const double expected = expectedScale(k, flag);
-        // A few units in the last place of binary32 for the chirp kernels.
-        const double slack = isChirp() ? 4 * std::ldexp(expected, -23) : 0;
-        for (int i = 0; i < k.size; ++i) {
-            const auto X = elementAt(k, dst.data(), i);
-            EXPECT_NEAR(static_cast<double>(X.real()), expected, slack) << "flag " << flag << " bin " << i;
-            EXPECT_NEAR(static_cast<double>(X.imag()), 0.0, slack) << "flag " << flag << " bin " << i;
-        }
-    }
+    expectUnitGivesTheFactor(k, takesChirpForm(k) ? 0x1p-21 : 0);
 }
 
 // The factor is one last product: the result under any flag is the
@@ -51,7 +40,7 @@ TEST_P(ComplexKernelTest, ScaleIsTheLastProduct)
 {
     const auto input = randomInput(k, 4), unscaled = runKernel(k, input, ScaleNoDivide);
     for (int flag : kGoodFlags) {
-        const double s = expectedScale(k, flag);
+        const double s = scaleOf(k, flag);
         std::vector<unsigned char> expected(unscaled.size());
         for (int i = 0; i < k.outCells(); ++i) {
             const long double u = numberAt(k, unscaled.data(), i);
@@ -62,38 +51,15 @@ TEST_P(ComplexKernelTest, ScaleIsTheLastProduct)
     }
 }
 
-// Largest absolute error against a long-double direct DFT for inputs in
-// [-1, 1] without scaling.
-TEST_P(ComplexKernelTest, AgreesWithDirectDft)
+// Against a long-double direct DFT for inputs in [-1, 1], and for an
+// impulse at x[1], which gives the roots of unity W^k, each of modulus 1:
+// every twiddle, spectrum and chirp constant of the kernel is exercised.
+TEST_P(ComplexKernelTest, AgreesWithTheDefinition)
 {
-    const double bound = k.is64() ? (k.size <= 5 ? 1e-15 : 1e-14) : (k.size <= 5 ? 5e-7 : 3e-6);
-    double worst = 0;
-    for (unsigned seed = 10; seed < 30; ++seed) {
-        const auto input = randomInput(k, seed), dst = runKernel(k, input, ScaleNoDivide);
-        std::vector<std::complex<long double>> x(k.size);
-        for (int i = 0; i < k.size; ++i)
-            x[i] = elementAt(k, input.data(), i);
-        const auto X = directDft(x, k.inverse);
-        for (int i = 0; i < k.size; ++i)
-            worst = std::max(worst, static_cast<double>(std::abs(elementAt(k, dst.data(), i) - X[i])));
-    }
-    EXPECT_LT(worst, bound);
-}
-
-// An impulse at x[1] gives the roots of unity W^k, each of modulus 1: every
-// twiddle, spectrum and chirp constant of the kernel is exercised.
-TEST_P(ComplexKernelTest, ImpulseAtOneGivesTheRootsOfUnity)
-{
-    auto impulse = filledInput(k, 0);
-    setElement(k, impulse.data(), 1, 1.0L);
-    const auto dst = runKernel(k, impulse, ScaleNoDivide);
-    const long double sign = k.inverse ? 1 : -1;
-    const double bound = k.is64() ? 4e-15 : 1.5e-6;
-    for (int i = 0; i < k.size; ++i) {
-        const long double angle = sign * 2 * 3.141592653589793238462643383279502884L * i / k.size;
-        const std::complex<long double> root(std::cos(angle), std::sin(angle));
-        EXPECT_LT(static_cast<double>(std::abs(elementAt(k, dst.data(), i) - root)), bound) << "bin " << i;
-    }
+    for (unsigned seed = 10; seed < 30; ++seed)
+        expectNearTheDefinition(k, randomInput(k, seed),
+                                k.is64() ? (k.size <= 5 ? 1e-15 : 1e-14) : (k.size <= 5 ? 5e-7 : 3e-6));
+    expectNearTheDefinition(k, unitAt(k, 2), k.is64() ? 4e-15 : 1.5e-6);
 }
 
 // Kernels that form X[0] without rounding: all but the chirp form, which
@@ -162,22 +128,7 @@ TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
     }
 }
 
-// Forward then inverse under the same flag gives the input back (N times
-// the input under ScaleNoDivide).
-TEST_P(ComplexPairTest, RoundTripUnderEachFlag)
-{
-    const ComplexKernel inverse = partner(k);
-    ASSERT_NE(inverse.fn, nullptr);
-    const auto input = randomInput(k, 50);
-    for (int flag : kGoodFlags) {
-        const auto back = runKernel(inverse, runKernel(k, input, flag), flag);
-        const long double gain = flag == ScaleNoDivide ? k.size : 1;
-        for (int i = 0; i < k.size; ++i)
-            EXPECT_LT(std::abs(elementAt(k, back.data(), i) - gain * elementAt(k, input.data(), i)),
-                      (k.is64() ? 1e-14 : 2e-6) * gain)
-                << "flag " << flag << " element " << i;
-    }
-}
+TEST_P(ComplexPairTest, RoundTripsUnderEveryFlagPair) { expectRoundTrips(k, partner(k), k.is64() ? 1e-14 : 2e-6); }
 
 INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest,
                          ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),

@@ -217,7 +217,7 @@ void expectWrittenSteps(const ComplexKernel& k, const Written<T>& written)
             ASSERT_EQ(k.run(x.data(), got.data(), flag), StatusOk);
             auto want = written.steps(x, k.inverse);
             for (Cx<T>& v : want)
-                v = static_cast<T>(expectedScale(k, flag)) * v;
+                v = static_cast<T>(scaleOf(k, flag)) * v;
             expectBits(got, want);
         }
 }

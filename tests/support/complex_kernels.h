@@ -83,7 +83,7 @@ inline std::string kernelLabel(const ComplexKernel& k)
 inline void PrintTo(const ComplexKernel& k, std::ostream* out) { *out << k.name(); }
 
 // The factor a flag picks: each direction divides by N on its own flag.
-inline double expectedScale(const ComplexKernel& k, int flag)
+inline double scaleOf(const ComplexKernel& k, int flag)
 {
     return scaleFactor(k.is64(), k.size, flag, flag == (k.inverse ? ScaleDivInverseByN : ScaleDivForwardByN));
 }
@@ -98,6 +98,18 @@ inline void setElement(const ComplexKernel& k, void* data, int i, std::complex<l
 {
     setNumber(k, data, 2 * i, v.real());
     setNumber(k, data, 2 * i + 1, v.imag());
+}
+
+// The unscaled definition in long double, in the kernel's output cells.
+inline std::vector<long double> definition(const ComplexKernel& k, const std::vector<unsigned char>& input)
+{
+    std::vector<std::complex<long double>> x(k.size);
+    for (int i = 0; i < k.size; ++i)
+        x[i] = elementAt(k, input.data(), i);
+    std::vector<long double> out;
+    for (const auto& X : directDft(x, k.inverse))
+        out.insert(out.end(), {X.real(), X.imag()});
+    return out;
 }
 
 } // namespace tvktest

@@ -139,4 +139,36 @@ inline double scaleOf(const RealKernel& k, int flag)
                            (flag == ScaleDivInverseByN && k.family != RealFamily::Forward));
 }
 
+// The unscaled definition in long double through the direct DFT, in the
+// kernel's output cells: X into the layout; y the inverse DFT of the
+// Hermitian spectrum the layout holds (I[0] and I[N/2] unread); H = Re X -
+// Im X. Sums start at +0, so zeros give +0 and a unit in cell 0 gives
+// exactly 1 or +0.
+inline std::vector<long double> definition(const RealKernel& k, const std::vector<unsigned char>& input)
+{
+    const int n = k.size;
+    const bool inverse = k.family == RealFamily::Inverse;
+    std::vector<std::complex<long double>> z(n);
+    if (!inverse)
+        for (int i = 0; i < n; ++i)
+            z[i] = numberAt(k, input.data(), i);
+    else
+        for (int b = 0; 2 * b <= n; ++b) {
+            const int im = cellOf(k.layout, n, b, true);
+            z[b] = {numberAt(k, input.data(), cellOf(k.layout, n, b, false)),
+                    im < 0 || b == 0 || 2 * b == n ? 0 : numberAt(k, input.data(), im)};
+            z[(n - b) % n] = std::conj(z[b]);
+        }
+    const auto Z = directDft(z, inverse);
+    std::vector<long double> out(k.outCells());
+    for (int b = 0; b < n; ++b)
+        if (k.family != RealFamily::Forward)
+            out[b] = inverse ? Z[b].real() : Z[b].real() - Z[b].imag();
+        else if (2 * b <= n)
+            for (bool imaginary : {false, true})
+                if (const int cell = cellOf(k.layout, n, b, imaginary); cell >= 0)
+                    out[cell] = imaginary ? Z[b].imag() : Z[b].real();
+    return out;
+}
+
 } // namespace tvktest

@@ -1,13 +1,16 @@
-// Checks of the call frame that every kernel on complex or real data shares:
-// the failing calls and their order, any address and in place, and the size
-// dispatcher. `Kernel` has run(src, dst, flag), runDispatcher(src, dst, len,
-// flag), size and its cells; arrays are bytes of its element type.
+// Checks that every kernel on complex or real data shares: the call frame
+// (the failing calls and their order, any address and in place, the size
+// dispatcher) and its values against the long-double definition. `Kernel`
+// has run(src, dst, flag), runDispatcher(src, dst, len, flag), size and its
+// cells, with definition(k, input) and scaleOf(k, flag) beside it; arrays
+// are bytes of its element type.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <vector>
 
@@ -108,6 +111,77 @@ void expectCallFrame(const Kernel& k)
     expectFailedCallsTouchNothing(k, randomInput(k, 1), outBytes);
     expectDispatcherRoutesToTheKernel(k, randomInput(k, 2), outBytes);
     expectSameBytesAtEveryAddressAndInPlace(k, randomInput(k, 4), outBytes);
+}
+
+// Every output cell of `input` under every flag within `bound` times the
+// factor (and half a unit of the last product) of the unscaled definition
+// times the factor.
+template <class Kernel>
+void expectNearTheDefinition(const Kernel& k, const std::vector<unsigned char>& input, double bound)
+{
+    const auto want = definition(k, input);
+    const double halfUnit = k.is64() ? 0x1p-53 : 0x1p-24;
+    for (int flag : kGoodFlags) {
+        const auto out = runKernel(k, input, flag);
+        const double f = scaleOf(k, flag);
+        for (int c = 0; c < k.outCells(); ++c)
+            EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), c)), static_cast<double>(want[c] * f),
+                        bound * f + std::abs(static_cast<double>(want[c] * f)) * halfUnit)
+                << "cell " << c << " flag " << flag;
+    }
+}
+
+// An input of zeros but a unit in cell `cell`.
+template <class Kernel>
+std::vector<unsigned char> unitAt(const Kernel& k, int cell)
+{
+    auto input = filledInput(k, 0);
+    setNumber(k, input.data(), cell, 1);
+    return input;
+}
+
+inline bool isPositiveZero(long double v) { return v == 0 && !std::signbit(v); }
+
+// A unit in cell 0 (an impulse, or R[0] = 1) gives the bare factor in every
+// cell the definition makes 1 and +0.0 in every other; zeros give +0.0
+// everywhere, also where a graph ends in a negation. `slack`, relative to
+// the factor, admits the rounding of chirp products, which sign zeros too.
+template <class Kernel>
+void expectUnitGivesTheFactor(const Kernel& k, double slack = 0)
+{
+    const auto want = definition(k, unitAt(k, 0));
+    for (int flag : kGoodFlags) {
+        const double f = scaleOf(k, flag);
+        const auto unit = runKernel(k, unitAt(k, 0), flag), zeros = runKernel(k, filledInput(k, 0), flag);
+        for (int c = 0; c < k.outCells(); ++c) {
+            const long double got = numberAt(k, unit.data(), c);
+            if (slack > 0) {
+                EXPECT_NEAR(static_cast<double>(got), want[c] * f, slack * f) << "cell " << c << " flag " << flag;
+            } else {
+                EXPECT_TRUE(want[c] == 0 ? isPositiveZero(got) : got == f) << "cell " << c << " flag " << flag;
+            }
+            const long double zero = numberAt(k, zeros.data(), c);
+            EXPECT_TRUE(slack > 0 ? zero == 0 : isPositiveZero(zero)) << "cell " << c << " flag " << flag;
+        }
+    }
+}
+
+// The kernel, then `back` (its inverse, or the Hartley kernel again), under
+// every pair of flags gives the input times N and both factors.
+template <class Kernel>
+void expectRoundTrips(const Kernel& k, const Kernel& back, double bound)
+{
+    ASSERT_NE(back.fn, nullptr);
+    const auto x = randomInput(k, 30);
+    for (int first : kGoodFlags)
+        for (int second : kGoodFlags) {
+            const double gain = k.size * scaleOf(k, first) * scaleOf(back, second);
+            const auto out = runKernel(back, runKernel(k, x, first), second);
+            for (int c = 0; c < k.inCells(); ++c)
+                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), c)),
+                            static_cast<double>(gain * numberAt(k, x.data(), c)), bound * std::max(gain, 1.0))
+                    << "cell " << c << " flags " << first << ", " << second;
+        }
 }
 
 } // namespace tvktest
