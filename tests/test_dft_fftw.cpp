@@ -1,7 +1,7 @@
-// FFTW as a second, independent oracle for the kernels on real data: each
-// against FFTW's double-precision transform (r2c, c2r, or the discrete
-// Hartley r2r, all unnormalised as the kernels under flag 8) of the very
-// numbers the kernel reads (built only when FFTW is found).
+// FFTW as a second, independent oracle: every complex and real-data kernel
+// against FFTW's double-precision transform (the complex DFT, r2c, c2r, or
+// the discrete Hartley r2r, all unnormalised as the kernels under flag 8) of
+// the very numbers the kernel reads (built only when FFTW is found).
 #include <gtest/gtest.h>
 
 #include <fftw3.h>
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "complex_kernels.h"
 #include "real_kernels.h"
 #include "test_support.h"
 
@@ -16,7 +17,22 @@ using namespace tvktest;
 
 namespace {
 
-// FFTW's transform of the kernel's input cells x, in its output cells.
+// FFTW's transform of a complex kernel's input cells x, in its output cells.
+std::vector<double> fftwOf(const ComplexKernel& k, const std::vector<double>& x)
+{
+    fftw_complex* in = fftw_alloc_complex(k.size);
+    fftw_complex* out = fftw_alloc_complex(k.size);
+    const fftw_plan plan = fftw_plan_dft_1d(k.size, in, out, k.inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE);
+    std::copy(x.begin(), x.end(), in[0]);
+    fftw_execute(plan);
+    const std::vector<double> result(out[0], out[0] + 2 * k.size);
+    fftw_destroy_plan(plan);
+    fftw_free(in);
+    fftw_free(out);
+    return result;
+}
+
+// And of a real-data kernel's.
 std::vector<double> fftwOf(const RealKernel& k, const std::vector<double>& x)
 {
     const int n = k.size;
@@ -57,16 +73,13 @@ std::vector<double> fftwOf(const RealKernel& k, const std::vector<double>& x)
     return out;
 }
 
-class RealFftwOracleTest : public ::testing::TestWithParam<RealKernel> {};
-
-TEST_P(RealFftwOracleTest, AgreesWithFftw)
+// Every output cell within `bound` of FFTW's, for the inputs of `seeds`
+// seeds from `first` on.
+template <class Kernel>
+void expectAgreesWithFftw(const Kernel& k, unsigned first, unsigned seeds, double bound)
 {
-    const RealKernel& k = GetParam();
-    // Forward, inverse, Hartley.
-    const double bounds64[] = {1e-14, 4e-14, 2e-14}, bounds32[] = {3e-6, 1e-5, 5e-6};
-    const double bound = (k.is64() ? bounds64 : bounds32)[static_cast<int>(k.family)];
     std::vector<double> x(k.inCells());
-    for (unsigned seed = 90; seed < 96; ++seed) {
+    for (unsigned seed = first; seed < first + seeds; ++seed) {
         const auto src = randomInput(k, seed), dst = runKernel(k, src, ScaleNoDivide);
         for (int i = 0; i < k.inCells(); ++i) // the very numbers the kernel reads
             x[i] = static_cast<double>(numberAt(k, src.data(), i));
@@ -77,6 +90,26 @@ TEST_P(RealFftwOracleTest, AgreesWithFftw)
     }
 }
 
+class ComplexFftwOracleTest : public ::testing::TestWithParam<ComplexKernel> {};
+
+TEST_P(ComplexFftwOracleTest, AgreesWithFftw)
+{
+    const ComplexKernel& k = GetParam();
+    expectAgreesWithFftw(k, 80, 10, k.is64() ? 1e-14 : 3e-6);
+}
+
+class RealFftwOracleTest : public ::testing::TestWithParam<RealKernel> {};
+
+TEST_P(RealFftwOracleTest, AgreesWithFftw)
+{
+    const RealKernel& k = GetParam();
+    // Forward, inverse, Hartley.
+    const double bounds64[] = {1e-14, 4e-14, 2e-14}, bounds32[] = {3e-6, 1e-5, 5e-6};
+    expectAgreesWithFftw(k, 90, 6, (k.is64() ? bounds64 : bounds32)[static_cast<int>(k.family)]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Built, ComplexFftwOracleTest, ::testing::ValuesIn(builtComplexKernels()),
+                         [](const auto& info) { return kernelLabel(info.param); });
 INSTANTIATE_TEST_SUITE_P(Built, RealFftwOracleTest, ::testing::ValuesIn(allRealKernels()),
                          [](const auto& info) { return realKernelLabel(info.param); });
 
