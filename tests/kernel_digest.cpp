@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -64,11 +64,20 @@ private:
 
 using Digests = std::vector<std::pair<std::string, uint64_t>>;
 
+// Valid arguments must not fail: the program stops, naming the call.
+void require(TvkStatus status, const std::string& call)
+{
+    if (status != StatusOk) {
+        std::cerr << call << " failed (status " << status << ") on valid arguments\n";
+        std::exit(1);
+    }
+}
+
 // One line per path: the hash of the first `outBytes` of each result of
 // call(in, out, flag, seed), seed by seed and under each of `flags`, on
 // fixed inputs of `count` numbers; `room` bytes hold input and output.
 template <class Call>
-bool digestPaths(Digests& out, const std::string& name, std::initializer_list<Path> paths, unsigned seeds,
+void digestPaths(Digests& out, const std::string& name, std::initializer_list<Path> paths, unsigned seeds,
                  std::initializer_list<int> flags, bool is64, size_t count, size_t room, size_t outBytes, Call call)
 {
     Arrays arrays(room);
@@ -77,37 +86,34 @@ bool digestPaths(Digests& out, const std::string& name, std::initializer_list<Pa
         for (unsigned seed = 0; seed < seeds; ++seed)
             for (int flag : flags) {
                 const auto [in, result] = arrays.prepare(path, is64, count, seed);
-                if (call(in, result, flag, seed) != StatusOk)
-                    return false;
+                require(call(in, result, flag, seed), name);
                 hash = fnv1a(result, outBytes, hash);
             }
         out.emplace_back(name + " " + pathName(path), hash);
     }
-    return true;
 }
 
 constexpr std::initializer_list<int> kFlags = {1, 2, 4, 8};
+constexpr std::initializer_list<Path> kEveryPath = {Path::Aligned, Path::Unaligned, Path::InPlace};
 
 // Complex kernels, and kernels on real data: the forward ones from N inputs
 // to the layout's cells, the inverse ones back, the Hartley ones N to N; in
 // place the array has room for both.
 template <class Kernel>
-bool digestKernels(Digests& out, const std::vector<Kernel>& kernels)
+void digestKernels(Digests& out, const std::vector<Kernel>& kernels)
 {
     for (const Kernel& k : kernels) {
         const size_t room = std::max(k.inCells(), k.outCells()) * k.realBytes();
         const auto run = [&k](const void* in, void* result, int flag, unsigned) { return k.run(in, result, flag); };
-        if (!digestPaths(out, k.name(), {Path::Aligned, Path::Unaligned, Path::InPlace}, 16, kFlags, k.is64(),
-                         k.inCells(), room, k.outCells() * k.realBytes(), run))
-            return false;
+        digestPaths(out, k.name(), kEveryPath, 16, kFlags, k.is64(), k.inCells(), room, k.outCells() * k.realBytes(),
+                    run);
     }
-    return true;
 }
 
 // Walsh-Hadamard kernels through their dispatchers, with the kernel's own
 // work buffer (even seeds) and with a caller's (odd seeds).
 template <class Real, class Dispatcher>
-bool digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
+void digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
 {
     alignas(16) static unsigned char work[73728];
     for (int order = 1; order <= 13; ++order) {
@@ -116,12 +122,9 @@ bool digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
             return dispatcher(static_cast<const Real*>(in), static_cast<Real*>(result), order, flag,
                               seed % 2 ? work : nullptr);
         };
-        if (!digestPaths(out, "tvkgWHT_" + std::to_string(order) + "_" + type,
-                         {Path::Aligned, Path::Unaligned, Path::InPlace}, 4, kFlags, sizeof(Real) == 8, count, bytes,
-                         bytes, run))
-            return false;
+        digestPaths(out, "tvkgWHT_" + std::to_string(order) + "_" + type, kEveryPath, 4, kFlags, sizeof(Real) == 8,
+                    count, bytes, bytes, run);
     }
-    return true;
 }
 
 // DCT-IV plans of every power of two: the direct lengths, the column kernel
@@ -129,25 +132,21 @@ bool digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
 // all of src before it writes dst only through its work block, so it has no
 // in-place path; it takes no flag.
 template <class Real, class Plan, class GetSize, class Init, class Run>
-bool digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run run)
+void digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run run)
 {
     for (int len = 2; len <= 131072; len *= 2) {
+        const std::string name = "tvkgDCT4_" + std::to_string(len) + "_" + type;
         int32_t size = 0;
-        if (getSize(len, &size) != StatusOk)
-            return false;
+        require(getSize(len, &size), name + " size");
         std::vector<uint8_t> mem(size);
         Plan* plan = nullptr;
-        if (init(&plan, len, mem.data()) != StatusOk)
-            return false;
+        require(init(&plan, len, mem.data()), name + " init");
         const size_t bytes = len * sizeof(Real);
         const auto call = [&](const void* in, void* result, int, unsigned) {
             return run(static_cast<const Real*>(in), static_cast<Real*>(result), plan);
         };
-        if (!digestPaths(out, "tvkgDCT4_" + std::to_string(len) + "_" + type, {Path::Aligned, Path::Unaligned}, 2,
-                         {0}, sizeof(Real) == 8, len, bytes, bytes, call))
-            return false;
+        digestPaths(out, name, {Path::Aligned, Path::Unaligned}, 2, {0}, sizeof(Real) == 8, len, bytes, bytes, call);
     }
-    return true;
 }
 
 std::string hex(uint64_t hash)
@@ -193,51 +192,34 @@ int check(const Digests& digests, const std::string& committedPath)
     return 0;
 }
 
-int usage()
-{
-    std::cerr << "usage: kernel_digest [--check FILE] [--write FILE]\n";
-    return 2;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    std::string checkPath, writePath;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string option = argv[i];
-        if (option == "--check")
-            checkPath = argv[i + 1];
-        else if (option == "--write")
-            writePath = argv[i + 1];
-        else
-            return usage();
+    std::map<std::string, std::string> files; // by option
+    for (int i = 1; i + 1 < argc; i += 2)
+        files[argv[i]] = argv[i + 1];
+    const auto known = [](const auto& option) { return option.first == "--check" || option.first == "--write"; };
+    if (argc % 2 == 0 || files.empty() || !std::ranges::all_of(files, known)) {
+        std::cerr << "usage: kernel_digest [--check FILE] [--write FILE]\n";
+        return 2;
     }
-    if (argc % 2 == 0 || (checkPath.empty() && writePath.empty()))
-        return usage();
 
     Digests digests;
-    const bool ok =
-        digestKernels(digests, tvktest::builtComplexKernels()) &&
-        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Forward)) &&
-        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Inverse)) &&
-        digestKernels(digests, tvktest::builtRealKernels(tvktest::RealFamily::Hartley)) &&
-        digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f) &&
-        digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f) &&
-        digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f) &&
-        digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
-    if (!ok) {
-        std::cerr << "a kernel returned a failure status on valid arguments\n";
-        return 1;
-    }
-    if (!writePath.empty()) {
-        std::ofstream out(writePath);
+    digestKernels(digests, tvktest::builtComplexKernels());
+    digestKernels(digests, tvktest::allRealKernels());
+    digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f);
+    digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f);
+    digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f);
+    digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
+    if (files.count("--write")) {
+        std::ofstream out(files["--write"]);
         for (const auto& [name, hash] : digests)
             out << name << " " << hex(hash) << "\n";
         if (!out) {
-            std::cerr << "cannot write " << writePath << "\n";
+            std::cerr << "cannot write " << files["--write"] << "\n";
             return 1;
         }
     }
-    return checkPath.empty() ? 0 : check(digests, checkPath);
+    return files.count("--check") ? check(digests, files["--check"]) : 0;
 }
