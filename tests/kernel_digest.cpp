@@ -16,14 +16,12 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "complex_kernels.h"
 #include "digest_inputs.h"
 #include "real_kernels.h"
-#include "tvkcore.h"
 
 namespace {
 
@@ -31,36 +29,10 @@ using tvktest::fixedInput;
 using tvktest::fnv1a;
 using tvktest::kFnvBasis;
 
-// The three ways into a kernel. Each runs the kernel on `count` numbers from
-// src (at the path's offset) and hands back where it wrote them.
+// The three ways into a kernel: src and dst 16-byte aligned, both 4 bytes
+// past that, or one array for both.
 enum class Path { Aligned, Unaligned, InPlace };
 const char* pathName(Path p) { return p == Path::Aligned ? "aligned" : p == Path::Unaligned ? "unaligned" : "inplace"; }
-
-// Scratch arrays from tvkMalloc (16-byte aligned), with room for the offset.
-class Arrays {
-public:
-    explicit Arrays(size_t bytes) : src_(allocate(bytes + 16)), dst_(allocate(bytes + 16)) {}
-
-    // Fills the input for `path` and returns {in, out}.
-    std::pair<unsigned char*, unsigned char*> prepare(Path path, bool is64, size_t count, unsigned seed)
-    {
-        const size_t offset = path == Path::Unaligned ? 4 : 0;
-        unsigned char* in = (path == Path::InPlace ? dst_ : src_).get() + offset;
-        fixedInput(is64, count, in, seed);
-        return {in, dst_.get() + offset};
-    }
-
-private:
-    struct Free {
-        void operator()(unsigned char* p) const { tvkFree(p); }
-    };
-    using Block = std::unique_ptr<unsigned char, Free>;
-    static Block allocate(size_t bytes)
-    {
-        return Block(static_cast<unsigned char*>(tvkMalloc(static_cast<uint32_t>(bytes))));
-    }
-    Block src_, dst_;
-};
 
 using Digests = std::vector<std::pair<std::string, uint64_t>>;
 
@@ -80,14 +52,16 @@ template <class Call>
 void digestPaths(Digests& out, const std::string& name, std::initializer_list<Path> paths, unsigned seeds,
                  std::initializer_list<int> flags, bool is64, size_t count, size_t room, size_t outBytes, Call call)
 {
-    Arrays arrays(room);
     for (Path path : paths) {
+        const int offset = path == Path::Unaligned ? 4 : 0;
+        tvktest::OffsetArray<unsigned char> src(room, offset), dst(room, offset);
+        unsigned char* in = (path == Path::InPlace ? dst : src).get();
         uint64_t hash = kFnvBasis;
         for (unsigned seed = 0; seed < seeds; ++seed)
             for (int flag : flags) {
-                const auto [in, result] = arrays.prepare(path, is64, count, seed);
-                require(call(in, result, flag, seed), name);
-                hash = fnv1a(result, outBytes, hash);
+                fixedInput(is64, count, in, seed);
+                require(call(in, dst.get(), flag, seed), name);
+                hash = fnv1a(dst.get(), outBytes, hash);
             }
         out.emplace_back(name + " " + pathName(path), hash);
     }
