@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <set>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "test_support.h"
 
 using namespace tvktest;
+using ::testing::ValuesIn;
 
 namespace {
 
@@ -85,13 +87,9 @@ TEST_P(ComplexExactDcTest, DcBinIsTheExactSum)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ::testing::ValuesIn(builtComplexKernels()),
-                         [](const auto& info) { return kernelLabel(info.param); });
-
+INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ValuesIn(builtComplexKernels()), ByLabel());
 INSTANTIATE_TEST_SUITE_P(Built, ComplexExactDcTest,
-                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),
-                                                          [](const auto& k) { return !takesChirpForm(k); })),
-                         [](const auto& info) { return kernelLabel(info.param); });
+                         ValuesIn(kernelsWhere(builtComplexKernels(), std::not_fn(takesChirpForm))), ByLabel());
 
 // Properties of a forward kernel and its inverse together.
 class ComplexPairTest : public ComplexKernelTest {};
@@ -130,9 +128,8 @@ TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
 
 TEST_P(ComplexPairTest, RoundTripsUnderEveryFlagPair) { expectRoundTrips(k, partner(k), k.is64() ? 1e-14 : 2e-6); }
 
-INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest,
-                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),
-                                                          [](const auto& k) { return !k.inverse; })),
-                         [](const auto& info) { return kernelLabel(info.param); });
+bool isForward(const ComplexKernel& k) { return !k.inverse; }
+
+INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest, ValuesIn(kernelsWhere(builtComplexKernels(), isForward)), ByLabel());
 
 } // namespace

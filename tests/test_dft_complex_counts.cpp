@@ -75,7 +75,7 @@ TEST(ComplexKernelCounts, ScaleProductsAndTheBudgets)
 {
     size_t held = 0;
     for (const ComplexKernel& k : builtComplexKernels()) {
-        SCOPED_TRACE(kernelLabel(k));
+        SCOPED_TRACE(label(k));
         const ComplexKernelCounts& c = k.counts;
         const auto h = kHeld.find({k.type, k.size});
         if (k.is64() || !k.twins) {
@@ -107,9 +107,9 @@ TEST(ComplexKernelCounts, DirectionsCostTheSame)
 {
     for (const ComplexKernel& k : builtComplexKernels()) {
         const ComplexKernelCounts other = partner(k).counts;
-        EXPECT_EQ(k.counts.addSub, other.addSub) << kernelLabel(k);
-        EXPECT_EQ(k.counts.mul, other.mul) << kernelLabel(k);
-        EXPECT_EQ(k.counts.magnitudes, other.magnitudes) << kernelLabel(k);
+        EXPECT_EQ(k.counts.addSub, other.addSub) << label(k);
+        EXPECT_EQ(k.counts.mul, other.mul) << label(k);
+        EXPECT_EQ(k.counts.magnitudes, other.magnitudes) << label(k);
     }
 }
 

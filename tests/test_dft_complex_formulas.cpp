@@ -233,13 +233,13 @@ TEST_P(ComplexWrittenStepsTest, BitForBit)
         expectWrittenSteps<float>(k, kWritten32.at(k.size));
 }
 
+bool isWrittenOut(const ComplexKernel& k)
+{
+    return (k.is64() ? kWritten64.count(k.size) : kWritten32.count(k.size)) > 0;
+}
+
 INSTANTIATE_TEST_SUITE_P(WrittenOut, ComplexWrittenStepsTest,
-                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(),
-                                                          [](const ComplexKernel& k) {
-                                                              return k.is64() ? kWritten64.count(k.size)
-                                                                              : kWritten32.count(k.size);
-                                                          })),
-                         [](const auto& info) { return kernelLabel(info.param); });
+                         ::testing::ValuesIn(kernelsWhere(builtComplexKernels(), isWrittenOut)), ByLabel());
 
 // The folded steps of 32fc 3 tell the product by sin(2 pi/3) rounded after
 // the binary64 product from one by a binary32 constant: on some inputs the

@@ -108,9 +108,7 @@ TEST_P(RealFftwOracleTest, AgreesWithFftw)
     expectAgreesWithFftw(k, 90, 6, (k.is64() ? bounds64 : bounds32)[static_cast<int>(k.family)]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Built, ComplexFftwOracleTest, ::testing::ValuesIn(builtComplexKernels()),
-                         [](const auto& info) { return kernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealFftwOracleTest, ::testing::ValuesIn(allRealKernels()),
-                         [](const auto& info) { return realKernelLabel(info.param); });
+INSTANTIATE_TEST_SUITE_P(Built, ComplexFftwOracleTest, ::testing::ValuesIn(builtComplexKernels()), ByLabel());
+INSTANTIATE_TEST_SUITE_P(Built, RealFftwOracleTest, ::testing::ValuesIn(allRealKernels()), ByLabel());
 
 } // namespace

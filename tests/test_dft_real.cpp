@@ -13,6 +13,7 @@
 #include "real_kernels.h"
 
 using namespace tvktest;
+using ::testing::ValuesIn;
 
 namespace {
 
@@ -146,20 +147,11 @@ TEST_P(RealLayoutTest, CcsEdgeImaginaryCellsAreConstant)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ::testing::ValuesIn(allRealKernels()),
-                         [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest,
-                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
-                                                          [](const RealKernel& k) {
-                                                              return k.family != RealFamily::Inverse;
-                                                          })),
-                         [](const auto& info) { return realKernelLabel(info.param); });
-INSTANTIATE_TEST_SUITE_P(Built, RealLayoutTest,
-                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
-                                                          [](const RealKernel& k) {
-                                                              return k.family != RealFamily::Hartley &&
-                                                                     k.layout == Layout::CCS;
-                                                          })),
-                         [](const auto& info) { return realKernelLabel(info.param); });
+bool readsASignal(const RealKernel& k) { return k.family != RealFamily::Inverse; }
+bool isCcsDft(const RealKernel& k) { return k.family != RealFamily::Hartley && k.layout == Layout::CCS; }
+
+INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ValuesIn(allRealKernels()), ByLabel());
+INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest, ValuesIn(kernelsWhere(allRealKernels(), readsASignal)), ByLabel());
+INSTANTIATE_TEST_SUITE_P(Built, RealLayoutTest, ValuesIn(kernelsWhere(allRealKernels(), isCcsDft)), ByLabel());
 
 } // namespace

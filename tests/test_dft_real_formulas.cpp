@@ -258,13 +258,9 @@ const std::map<RealFamily, std::set<int>> kWritten32 = {{RealFamily::Forward, {2
                                                         {RealFamily::Inverse, {2, 3, 4, 5, 7, 8}},
                                                         {RealFamily::Hartley, {2, 3, 4, 5, 8}}};
 
+bool isWrittenOut(const RealKernel& k) { return (k.is64() ? kWritten64 : kWritten32).at(k.family).count(k.size) > 0; }
+
 INSTANTIATE_TEST_SUITE_P(WrittenOut, RealWrittenStepsTest,
-                         ::testing::ValuesIn(kernelsWhere(allRealKernels(),
-                                                          [](const RealKernel& k) {
-                                                              return (k.is64() ? kWritten64 : kWritten32)
-                                                                  .at(k.family)
-                                                                  .count(k.size);
-                                                          })),
-                         [](const auto& info) { return realKernelLabel(info.param); });
+                         ::testing::ValuesIn(kernelsWhere(allRealKernels(), isWrittenOut)), ByLabel());
 
 } // namespace

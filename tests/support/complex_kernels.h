@@ -75,7 +75,7 @@ inline ComplexKernel partner(const ComplexKernel& k)
     return {};
 }
 
-inline std::string kernelLabel(const ComplexKernel& k)
+inline std::string label(const ComplexKernel& k)
 {
     return std::string(k.inverse ? "Inv" : "Fwd") + std::to_string(k.size) + "_" + k.type;
 }

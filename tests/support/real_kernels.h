@@ -123,7 +123,7 @@ inline std::vector<RealKernel> allRealKernels()
 
 inline void PrintTo(const RealKernel& k, std::ostream* out) { *out << k.name(); }
 
-inline std::string realKernelLabel(const RealKernel& k)
+inline std::string label(const RealKernel& k)
 {
     const char* family = k.family == RealFamily::Forward ? "" : k.family == RealFamily::Inverse ? "Inv" : "Hartley";
     return family + std::string(k.family == RealFamily::Hartley ? "" : layoutName(k.layout)) + std::to_string(k.size) +

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "tvkgen.h"
@@ -56,6 +57,15 @@ std::vector<Kernel> kernelsWhere(std::vector<Kernel> kernels, Applies applies)
     std::erase_if(kernels, [&](const Kernel& k) { return !applies(k); });
     return kernels;
 }
+
+// Names a parameterised test by its kernel's label().
+struct ByLabel {
+    template <class Info>
+    std::string operator()(const Info& info) const
+    {
+        return label(info.param);
+    }
+};
 
 template <class T>
 bool sameBits(const T* a, const T* b, std::size_t count)
