@@ -18,7 +18,7 @@ using namespace tvktest;
 namespace {
 
 // FFTW's transform of a complex kernel's input cells x, in its output cells.
-std::vector<double> fftwOf(const ComplexKernel& k, const std::vector<double>& x)
+std::vector<double> fftwOf(const ComplexKernel& k, const std::vector<long double>& x)
 {
     fftw_complex* in = fftw_alloc_complex(k.size);
     fftw_complex* out = fftw_alloc_complex(k.size);
@@ -32,41 +32,28 @@ std::vector<double> fftwOf(const ComplexKernel& k, const std::vector<double>& x)
     return result;
 }
 
-// And of a real-data kernel's.
-std::vector<double> fftwOf(const RealKernel& k, const std::vector<double>& x)
+// And of a real-data kernel's: the spectrum passes in CCS cells.
+std::vector<double> fftwOf(const RealKernel& k, const std::vector<long double>& x)
 {
     const int n = k.size;
     double* real = fftw_alloc_real(n);
     fftw_complex* spectrum = fftw_alloc_complex(n / 2 + 1);
-    std::vector<double> out(k.outCells());
-    const auto eachCell = [&](auto visit) {
-        for (int b = 0; 2 * b <= n; ++b)
-            for (int part = 0; part < 2; ++part)
-                visit(b, part, cellOf(k.layout, n, b, part == 1));
-    };
-    fftw_plan plan;
-    if (k.family == RealFamily::Forward) {
-        plan = fftw_plan_dft_r2c_1d(n, real, spectrum, FFTW_ESTIMATE);
-        std::copy(x.begin(), x.end(), real);
-        fftw_execute(plan);
-        eachCell([&](int b, int part, int cell) {
-            if (cell >= 0)
-                out[cell] = spectrum[b][part];
-        });
-    } else if (k.family == RealFamily::Inverse) {
-        plan = fftw_plan_dft_c2r_1d(n, spectrum, real, FFTW_ESTIMATE);
-        eachCell([&](int b, int part, int cell) {
-            const bool unread = cell < 0 || (part == 1 && (b == 0 || 2 * b == n));
-            spectrum[b][part] = unread ? 0.0 : x[cell];
-        });
-        fftw_execute(plan);
-        std::copy(real, real + n, out.begin());
+    const fftw_plan plan =
+        k.family == RealFamily::Forward   ? fftw_plan_dft_r2c_1d(n, real, spectrum, FFTW_ESTIMATE)
+        : k.family == RealFamily::Inverse ? fftw_plan_dft_c2r_1d(n, spectrum, real, FFTW_ESTIMATE)
+                                          : fftw_plan_r2r_1d(n, real, real, FFTW_DHT, FFTW_ESTIMATE);
+    if (k.family == RealFamily::Inverse) {
+        const auto ccs = fromLayout(x, k.layout, n);
+        std::copy(ccs.begin(), ccs.end(), spectrum[0]);
     } else {
-        plan = fftw_plan_r2r_1d(n, real, real, FFTW_DHT, FFTW_ESTIMATE);
         std::copy(x.begin(), x.end(), real);
-        fftw_execute(plan);
-        std::copy(real, real + n, out.begin());
     }
+    fftw_execute(plan);
+    std::vector<double> out(k.outCells());
+    if (k.family == RealFamily::Forward)
+        toLayout(spectrum[0], k.layout, n, out);
+    else
+        std::copy(real, real + n, out.begin());
     fftw_destroy_plan(plan);
     fftw_free(real);
     fftw_free(spectrum);
@@ -78,12 +65,9 @@ std::vector<double> fftwOf(const RealKernel& k, const std::vector<double>& x)
 template <class Kernel>
 void expectAgreesWithFftw(const Kernel& k, unsigned first, unsigned seeds, double bound)
 {
-    std::vector<double> x(k.inCells());
     for (unsigned seed = first; seed < first + seeds; ++seed) {
         const auto src = randomInput(k, seed), dst = runKernel(k, src, ScaleNoDivide);
-        for (int i = 0; i < k.inCells(); ++i) // the very numbers the kernel reads
-            x[i] = static_cast<double>(numberAt(k, src.data(), i));
-        const auto want = fftwOf(k, x);
+        const auto want = fftwOf(k, numbersOf(k, src)); // the very numbers the kernel reads
         for (int c = 0; c < k.outCells(); ++c)
             EXPECT_NEAR(static_cast<double>(numberAt(k, dst.data(), c)), want[c], bound)
                 << "seed " << seed << " cell " << c;

@@ -109,13 +109,9 @@ TEST_P(RealLayoutTest, EveryLayoutHoldsTheSameBits)
         const RealKernel other = k.sibling(k.family, l);
         ASSERT_NE(other.fn, nullptr);
         // The CCS spectrum moved into the cells of layout l.
-        std::vector<unsigned char> moved(layoutCells(l, k.size) * k.realBytes());
-        for (int b = 0; 2 * b <= k.size; ++b)
-            for (bool imaginary : {false, true})
-                if (const int cell = cellOf(l, k.size, b, imaginary); cell >= 0)
-                    std::memcpy(&moved[cell * k.realBytes()],
-                                &(forward ? output : input)[cellOf(Layout::CCS, k.size, b, imaginary) * k.realBytes()],
-                                k.realBytes());
+        std::vector<long double> cells(layoutCells(l, k.size));
+        toLayout(numbersOf(k, forward ? output : input), l, k.size, cells);
+        const auto moved = bytesOf(k, cells);
         if (forward) {
             EXPECT_EQ(runKernel(other, input, ScaleDivBySqrtN), moved) << layoutName(l);
         } else {

@@ -160,16 +160,6 @@ struct Steps {
     std::vector<std::optional<T>> out;
 };
 
-// CCS cells moved into the cells of a layout.
-template <class T, class Cells>
-void toLayout(const std::vector<T>& ccs, Layout l, int n, Cells& cells)
-{
-    for (int b = 0; 2 * b <= n; ++b)
-        for (bool imaginary : {false, true})
-            if (const int cell = cellOf(l, n, b, imaginary); cell >= 0)
-                cells[cell] = ccs[2 * b + imaginary];
-}
-
 template <class T>
 Steps<T> writtenSteps(const RealKernel& k, unsigned seed, T f)
 {

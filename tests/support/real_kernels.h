@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <ostream>
@@ -39,6 +40,29 @@ inline int cellOf(Layout l, int n, int k, bool imaginary)
     }
     const int first = l == Layout::Perm && n % 2 == 0 ? 2 * k : 2 * k - 1;
     return first + (imaginary ? 1 : 0);
+}
+
+// CCS cells (R[k] then I[k], k = 0 .. n/2) moved into a layout's cells, and
+// back from them, where I[0] and I[N/2], which no kernel reads, are 0.
+template <class Ccs, class Cells>
+void toLayout(const Ccs& ccs, Layout l, int n, Cells& cells)
+{
+    for (int b = 0; 2 * b <= n; ++b)
+        for (bool imaginary : {false, true})
+            if (const int cell = cellOf(l, n, b, imaginary); cell >= 0)
+                cells[cell] = ccs[2 * b + imaginary];
+}
+
+template <class Cells>
+std::vector<long double> fromLayout(const Cells& cells, Layout l, int n)
+{
+    std::vector<long double> ccs(n + 2);
+    for (int b = 0; 2 * b <= n; ++b) {
+        ccs[2 * b] = cells[cellOf(l, n, b, false)];
+        if (b > 0 && 2 * b < n)
+            ccs[2 * b + 1] = cells[cellOf(l, n, b, true)];
+    }
+    return ccs;
 }
 
 // The three families on real data: forward kernels into a layout, inverse
@@ -148,26 +172,22 @@ inline std::vector<long double> definition(const RealKernel& k, const std::vecto
 {
     const int n = k.size;
     const bool inverse = k.family == RealFamily::Inverse;
+    const auto x = numbersOf(k, input);
     std::vector<std::complex<long double>> z(n);
     if (!inverse)
-        for (int i = 0; i < n; ++i)
-            z[i] = numberAt(k, input.data(), i);
-    else
-        for (int b = 0; 2 * b <= n; ++b) {
-            const int im = cellOf(k.layout, n, b, true);
-            z[b] = {numberAt(k, input.data(), cellOf(k.layout, n, b, false)),
-                    im < 0 || b == 0 || 2 * b == n ? 0 : numberAt(k, input.data(), im)};
-            z[(n - b) % n] = std::conj(z[b]);
-        }
+        std::copy(x.begin(), x.end(), z.begin());
+    else {
+        const auto ccs = fromLayout(x, k.layout, n);
+        for (int b = 0; 2 * b <= n; ++b)
+            z[(n - b) % n] = std::conj(z[b] = {ccs[2 * b], ccs[2 * b + 1]});
+    }
     const auto Z = directDft(z, inverse);
     std::vector<long double> out(k.outCells());
-    for (int b = 0; b < n; ++b)
-        if (k.family != RealFamily::Forward)
+    if (k.family == RealFamily::Forward)
+        toLayout(reinterpret_cast<const long double*>(Z.data()), k.layout, n, out);
+    else
+        for (int b = 0; b < n; ++b)
             out[b] = inverse ? Z[b].real() : Z[b].real() - Z[b].imag();
-        else if (2 * b <= n)
-            for (bool imaginary : {false, true})
-                if (const int cell = cellOf(k.layout, n, b, imaginary); cell >= 0)
-                    out[cell] = imaginary ? Z[b].imag() : Z[b].real();
     return out;
 }
 

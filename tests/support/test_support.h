@@ -113,25 +113,37 @@ inline double scaleFactor(bool is64, int n, int flag, bool dividesByN)
     return 1.0;
 }
 
-// Random numbers in (-1, 1) in every input cell of a kernel, as bytes of
-// its element type.
+// The numbers in an array of a kernel's element type, and such an array
+// of numbers.
+template <class Kernel>
+std::vector<long double> numbersOf(const Kernel& k, const std::vector<unsigned char>& bytes)
+{
+    std::vector<long double> v(bytes.size() / k.realBytes());
+    for (size_t i = 0; i < v.size(); ++i)
+        v[i] = numberAt(k, bytes.data(), i);
+    return v;
+}
+
+template <class Kernel, class Number>
+std::vector<unsigned char> bytesOf(const Kernel& k, const std::vector<Number>& v)
+{
+    std::vector<unsigned char> bytes(v.size() * k.realBytes());
+    for (size_t i = 0; i < v.size(); ++i)
+        setNumber(k, bytes.data(), i, v[i]);
+    return bytes;
+}
+
+// Random numbers in (-1, 1), or one value, in every input cell of a kernel.
 template <class Kernel>
 std::vector<unsigned char> randomInput(const Kernel& k, unsigned seed)
 {
-    const auto v = randomReals<double>(k.inCells(), seed);
-    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
-    for (int i = 0; i < k.inCells(); ++i)
-        setNumber(k, bytes.data(), i, v[i]);
-    return bytes;
+    return bytesOf(k, randomReals<double>(k.inCells(), seed));
 }
 
 template <class Kernel>
 std::vector<unsigned char> filledInput(const Kernel& k, long double value)
 {
-    std::vector<unsigned char> bytes(k.inCells() * k.realBytes());
-    for (int i = 0; i < k.inCells(); ++i)
-        setNumber(k, bytes.data(), i, value);
-    return bytes;
+    return bytesOf(k, std::vector<long double>(k.inCells(), value));
 }
 
 // The output cells of an out-of-place call on 16-byte aligned arrays. A
