@@ -27,27 +27,16 @@ struct ComplexKernel {
     int realBytes() const { return is64() ? 8 : 4; }
     int inCells() const { return 2 * size; }
     int outCells() const { return 2 * size; }
-    std::string name() const
-    {
-        return std::string(inverse ? "tvkgDFTInv_CToC_" : "tvkgDFTFwd_CToC_") + std::to_string(size) + "_" + type;
-    }
-    // Runs the kernel on raw arrays of 2*size numbers of the element type.
+    std::string familyName() const { return inverse ? "tvkgDFTInv_CToC" : "tvkgDFTFwd_CToC"; }
+    std::string name() const { return familyName() + "_" + std::to_string(size) + "_" + type; }
+    std::string dispatcherName() const { return familyName() + "_" + type; }
     TvkStatus run(const void* src, void* dst, int flag) const
     {
-        if (is64())
-            return reinterpret_cast<TvkStatus (*)(const Tvk64fc*, Tvk64fc*, int)>(fn)(
-                static_cast<const Tvk64fc*>(src), static_cast<Tvk64fc*>(dst), flag);
-        return reinterpret_cast<TvkStatus (*)(const Tvk32fc*, Tvk32fc*, int)>(fn)(static_cast<const Tvk32fc*>(src),
-                                                                                   static_cast<Tvk32fc*>(dst), flag);
+        return callAs<Tvk32fc, Tvk64fc>(is64(), fn, src, dst, flag);
     }
-    // The dispatcher of the kernel's type and direction.
     TvkStatus runDispatcher(const void* src, void* dst, int len, int flag) const
     {
-        if (is64())
-            return (inverse ? tvkgDFTInv_CToC_64fc : tvkgDFTFwd_CToC_64fc)(
-                static_cast<const Tvk64fc*>(src), static_cast<Tvk64fc*>(dst), len, flag);
-        return (inverse ? tvkgDFTInv_CToC_32fc : tvkgDFTFwd_CToC_32fc)(static_cast<const Tvk32fc*>(src),
-                                                                       static_cast<Tvk32fc*>(dst), len, flag);
+        return callAs<Tvk32fc, Tvk64fc>(is64(), dlsym(RTLD_DEFAULT, dispatcherName().c_str()), src, dst, len, flag);
     }
 };
 

@@ -92,20 +92,11 @@ struct RealKernel {
     std::string dispatcherName() const { return familyName() + "_" + type; }
     TvkStatus run(const void* src, void* dst, int flag) const
     {
-        if (is64())
-            return reinterpret_cast<TvkStatus (*)(const Tvk64f*, Tvk64f*, int)>(fn)(static_cast<const Tvk64f*>(src),
-                                                                                     static_cast<Tvk64f*>(dst), flag);
-        return reinterpret_cast<TvkStatus (*)(const Tvk32f*, Tvk32f*, int)>(fn)(static_cast<const Tvk32f*>(src),
-                                                                                 static_cast<Tvk32f*>(dst), flag);
+        return callAs<Tvk32f, Tvk64f>(is64(), fn, src, dst, flag);
     }
     TvkStatus runDispatcher(const void* src, void* dst, int len, int flag) const
     {
-        void* d = dlsym(RTLD_DEFAULT, dispatcherName().c_str());
-        if (is64())
-            return reinterpret_cast<TvkStatus (*)(const Tvk64f*, Tvk64f*, int, int)>(d)(
-                static_cast<const Tvk64f*>(src), static_cast<Tvk64f*>(dst), len, flag);
-        return reinterpret_cast<TvkStatus (*)(const Tvk32f*, Tvk32f*, int, int)>(d)(
-            static_cast<const Tvk32f*>(src), static_cast<Tvk32f*>(dst), len, flag);
+        return callAs<Tvk32f, Tvk64f>(is64(), dlsym(RTLD_DEFAULT, dispatcherName().c_str()), src, dst, len, flag);
     }
     // The kernel of the same size and type in another family or layout.
     RealKernel sibling(RealFamily f, Layout l) const;

@@ -84,6 +84,18 @@ std::vector<T> randomReals(std::size_t count, unsigned seed, T lo = -1, T hi = 1
     return v;
 }
 
+// Calls `fn`, a kernel or dispatcher on arrays of T32 or (is64) T64, on raw
+// arrays.
+template <class T32, class T64, class... Args>
+TvkStatus callAs(bool is64, void* fn, const void* src, void* dst, Args... args)
+{
+    if (is64)
+        return reinterpret_cast<TvkStatus (*)(const T64*, T64*, Args...)>(fn)(static_cast<const T64*>(src),
+                                                                              static_cast<T64*>(dst), args...);
+    return reinterpret_cast<TvkStatus (*)(const T32*, T32*, Args...)>(fn)(static_cast<const T32*>(src),
+                                                                          static_cast<T32*>(dst), args...);
+}
+
 // Number i of an array of a kernel's element type.
 template <class Kernel>
 long double numberAt(const Kernel& k, const void* data, int i)
