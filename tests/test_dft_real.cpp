@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <thread>
 #include <vector>
@@ -91,7 +90,8 @@ TEST_P(RealFromSignalTest, ConstantGivesNTimesTheFactorInCellZero)
 // Forward then inverse (the Hartley kernel twice) gives the input back.
 TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPair)
 {
-    expectRoundTrips(k, k.family == RealFamily::Forward ? k.sibling(RealFamily::Inverse, k.layout) : k, bound(16));
+    const bool forward = k.family == RealFamily::Forward;
+    expectRoundTrips(k, forward ? realKernel(RealFamily::Inverse, k.type, k.size, k.layout) : k, bound(16));
 }
 
 // The tests of one size, type and direction across layouts, run from its
@@ -106,7 +106,7 @@ TEST_P(RealLayoutTest, EveryLayoutHoldsTheSameBits)
     const bool forward = k.family == RealFamily::Forward;
     const auto input = randomInput(k, 3), output = runKernel(k, input, ScaleDivBySqrtN);
     for (Layout l : {Layout::Pack, Layout::Perm}) {
-        const RealKernel other = k.sibling(k.family, l);
+        const RealKernel other = realKernel(k.family, k.type, k.size, l);
         ASSERT_NE(other.fn, nullptr);
         // The CCS spectrum moved into the cells of layout l.
         std::vector<long double> cells(layoutCells(l, k.size));

@@ -77,24 +77,14 @@ inline double scaleOf(const ComplexKernel& k, int flag)
     return scaleFactor(k.is64(), k.size, flag, flag == (k.inverse ? ScaleDivInverseByN : ScaleDivForwardByN));
 }
 
-// Reads or writes element i of an interleaved array of either type.
-inline std::complex<long double> elementAt(const ComplexKernel& k, const void* data, int i)
-{
-    return {numberAt(k, data, 2 * i), numberAt(k, data, 2 * i + 1)};
-}
-
-inline void setElement(const ComplexKernel& k, void* data, int i, std::complex<long double> v)
-{
-    setNumber(k, data, 2 * i, v.real());
-    setNumber(k, data, 2 * i + 1, v.imag());
-}
-
-// The unscaled definition in long double, in the kernel's output cells.
+// The unscaled definition in long double, in the kernel's output cells
+// (real and imaginary parts interleaved, as in the input).
 inline std::vector<long double> definition(const ComplexKernel& k, const std::vector<unsigned char>& input)
 {
+    const auto cells = numbersOf(k, input);
     std::vector<std::complex<long double>> x(k.size);
     for (int i = 0; i < k.size; ++i)
-        x[i] = elementAt(k, input.data(), i);
+        x[i] = {cells[2 * i], cells[2 * i + 1]};
     std::vector<long double> out;
     for (const auto& X : directDft(x, k.inverse))
         out.insert(out.end(), {X.real(), X.imag()});

@@ -98,8 +98,6 @@ struct RealKernel {
     {
         return callAs<Tvk32f, Tvk64f>(is64(), dlsym(RTLD_DEFAULT, dispatcherName().c_str()), src, dst, len, flag);
     }
-    // The kernel of the same size and type in another family or layout.
-    RealKernel sibling(RealFamily f, Layout l) const;
 };
 
 // The built kernel of a family, type, size and layout; fn is null where
@@ -110,8 +108,6 @@ inline RealKernel realKernel(RealFamily family, const std::string& type, int siz
     k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
     return k;
 }
-
-inline RealKernel RealKernel::sibling(RealFamily f, Layout l) const { return realKernel(f, type, size, l); }
 
 // Every kernel of a family, sizes 2 to 64, both types, every layout.
 inline std::vector<RealKernel> builtRealKernels(RealFamily family)
