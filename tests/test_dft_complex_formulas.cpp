@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <map>
-#include <numbers>
 #include <type_traits>
 #include <vector>
 
@@ -103,10 +102,6 @@ std::vector<Cx<float>> size8Lanes32(const std::vector<Cx<float>>& x, bool invers
 }
 
 // ---- the folded form: 3, 5 and 7 ---------------------------------------------
-
-// cos and sin of 2 pi j/p: the binary64 nearest to the long-double value.
-double cosOf(int p, int j) { return static_cast<double>(std::cos(2 * std::numbers::pi_v<long double> * (j % p) / p)); }
-double sinOf(int p, int j) { return static_cast<double>(std::sin(2 * std::numbers::pi_v<long double> * (j % p) / p)); }
 
 // a[j] = x[j] + x[p-j], b[j] = x[j] - x[p-j]; m[k] from x0 upward and n[k]
 // from j = 1 on, in S from exactly widened operands, each rounded to T

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <numbers>
 #include <optional>
 #include <set>
 #include <vector>
@@ -23,11 +22,6 @@ using namespace tvktest;
 namespace {
 
 using W = double; // the type of statements with a constant product
-
-// cos and sin of 2 pi j/n as the kernels hold them: the binary64 nearest to
-// the long-double value.
-W cosOf(int n, int j) { return static_cast<W>(std::cos(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
-W sinOf(int n, int j) { return static_cast<W>(std::sin(2 * std::numbers::pi_v<long double> * (j % n) / n)); }
 
 // A forward statement that ends in an output: v times the factor, negated
 // as 0 - v where the graph yields -I, rounded to T once.

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -171,20 +172,20 @@ std::vector<unsigned char> runKernel(const Kernel& k, const std::vector<unsigned
     return dst.snapshot();
 }
 
+// The angle 2 pi j/n in long double; its cos and sin as the kernels hold
+// them, the binary64 nearest to the long-double value.
+inline long double turn(int n, int j) { return 2 * std::numbers::pi_v<long double> * (j % n) / n; }
+inline double cosOf(int n, int j) { return static_cast<double>(std::cos(turn(n, j))); }
+inline double sinOf(int n, int j) { return static_cast<double>(std::sin(turn(n, j))); }
+
 // Direct DFT in long double, the accuracy oracle.
 inline std::vector<std::complex<long double>> directDft(const std::vector<std::complex<long double>>& x, bool inverse)
 {
-    const size_t n = x.size();
+    const int n = static_cast<int>(x.size());
     std::vector<std::complex<long double>> X(n);
-    const long double sign = inverse ? 1.0L : -1.0L;
-    for (size_t k = 0; k < n; ++k) {
-        std::complex<long double> sum = 0;
-        for (size_t j = 0; j < n; ++j) {
-            const long double angle = sign * 2 * 3.141592653589793238462643383279502884L * ((j * k) % n) / n;
-            sum += x[j] * std::complex<long double>(std::cos(angle), std::sin(angle));
-        }
-        X[k] = sum;
-    }
+    for (int k = 0; k < n; ++k)
+        for (int j = 0; j < n; ++j)
+            X[k] += x[j] * std::polar(1.0L, (inverse ? 1 : -1) * turn(n, j * k));
     return X;
 }
 
