@@ -34,7 +34,7 @@ using tvktest::kFnvBasis;
 enum class Path { Aligned, Unaligned, InPlace };
 const char* pathName(Path p) { return p == Path::Aligned ? "aligned" : p == Path::Unaligned ? "unaligned" : "inplace"; }
 
-using Digests = std::vector<std::pair<std::string, uint64_t>>;
+using Digests = std::vector<std::pair<std::string, std::string>>; // "kernel path", hash in hex
 
 // Valid arguments must not fail: the program stops, naming the call.
 void require(TvkStatus status, const std::string& call)
@@ -63,7 +63,9 @@ void digestPaths(Digests& out, const std::string& name, std::initializer_list<Pa
                 require(call(in, dst.get(), flag, seed), name);
                 hash = fnv1a(dst.get(), outBytes, hash);
             }
-        out.emplace_back(name + " " + pathName(path), hash);
+        char text[17];
+        std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+        out.emplace_back(name + " " + pathName(path), text);
     }
 }
 
@@ -123,13 +125,6 @@ void digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run 
     }
 }
 
-std::string hex(uint64_t hash)
-{
-    char text[17];
-    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
-    return text;
-}
-
 // Names every line that changed, appeared or disappeared against the
 // committed file of lines "kernel path hash".
 int check(const Digests& digests, const std::string& committedPath)
@@ -145,14 +140,10 @@ int check(const Digests& digests, const std::string& committedPath)
     const size_t total = committed.size();
     int changed = 0;
     for (const auto& [key, hash] : digests) {
-        const auto it = committed.find(key);
-        if (it == committed.end()) {
-            std::cerr << "new:     " << key << " " << hex(hash) << "\n", ++changed;
-            continue;
-        }
-        if (it->second != hex(hash))
-            std::cerr << "changed: " << key << " " << it->second << " -> " << hex(hash) << "\n", ++changed;
-        committed.erase(it);
+        if (const auto line = committed.extract(key); !line)
+            std::cerr << "new:     " << key << " " << hash << "\n", ++changed;
+        else if (line.mapped() != hash)
+            std::cerr << "changed: " << key << " " << line.mapped() << " -> " << hash << "\n", ++changed;
     }
     for (const auto& [key, hash] : committed)
         std::cerr << "missing: " << key << "\n", ++changed;
@@ -189,7 +180,7 @@ int main(int argc, char** argv)
     if (files.count("--write")) {
         std::ofstream out(files["--write"]);
         for (const auto& [name, hash] : digests)
-            out << name << " " << hex(hash) << "\n";
+            out << name << " " << hash << "\n";
         if (!out) {
             std::cerr << "cannot write " << files["--write"] << "\n";
             return 1;
