@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -125,10 +126,8 @@ inline std::vector<RealKernel> builtRealKernels(RealFamily family)
 inline std::vector<RealKernel> allRealKernels()
 {
     std::vector<RealKernel> all;
-    for (RealFamily f : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley}) {
-        const auto family = builtRealKernels(f);
-        all.insert(all.end(), family.begin(), family.end());
-    }
+    for (RealFamily f : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley})
+        std::ranges::copy(builtRealKernels(f), std::back_inserter(all));
     return all;
 }
 
