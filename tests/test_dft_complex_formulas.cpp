@@ -220,18 +220,4 @@ bool isWrittenOut(const ComplexKernel& k)
 INSTANTIATE_TEST_SUITE_P(WrittenOut, ComplexWrittenStepsTest,
                          ::testing::ValuesIn(kernelsWhere(builtComplexKernels(), isWrittenOut)), ByLabel());
 
-// The folded steps of 32fc 3 tell the product by sin(2 pi/3) rounded after
-// the binary64 product from one by a binary32 constant: on some inputs the
-// two differ.
-TEST(ComplexWrittenSteps, Size3Of32fcTellsTheWideProductFromANarrowOne)
-{
-    int differing = 0;
-    for (unsigned seed = 0; seed < 200; ++seed) {
-        const auto x = randomReals<float>(6, seed); // the real parts of x[1] and x[2] at 2 and 4
-        const float u = x[2] - x[4];
-        differing += 0.8660254f * u != static_cast<float>(sinOf(3, 1) * static_cast<double>(u));
-    }
-    EXPECT_GT(differing, 0);
-}
-
 } // namespace
