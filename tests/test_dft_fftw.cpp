@@ -17,46 +17,37 @@ using namespace tvktest;
 
 namespace {
 
-// FFTW's transform of a complex kernel's input cells x, in its output cells.
+fftw_complex* complexCells(std::vector<double>& v) { return reinterpret_cast<fftw_complex*>(v.data()); }
+
+// FFTW's transform of a complex kernel's input cells x, in its output cells
+// (planned with FFTW_ESTIMATE, which leaves the arrays as they are).
 std::vector<double> fftwOf(const ComplexKernel& k, const std::vector<long double>& x)
 {
-    fftw_complex* in = fftw_alloc_complex(k.size);
-    fftw_complex* out = fftw_alloc_complex(k.size);
-    const fftw_plan plan = fftw_plan_dft_1d(k.size, in, out, k.inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE);
-    std::copy(x.begin(), x.end(), in[0]);
+    std::vector<double> in(x.begin(), x.end()), out(x.size());
+    const fftw_plan plan = fftw_plan_dft_1d(k.size, complexCells(in), complexCells(out),
+                                            k.inverse ? FFTW_BACKWARD : FFTW_FORWARD, FFTW_ESTIMATE);
     fftw_execute(plan);
-    const std::vector<double> result(out[0], out[0] + 2 * k.size);
     fftw_destroy_plan(plan);
-    fftw_free(in);
-    fftw_free(out);
-    return result;
+    return out;
 }
 
 // And of a real-data kernel's: the spectrum passes in CCS cells.
 std::vector<double> fftwOf(const RealKernel& k, const std::vector<long double>& x)
 {
     const int n = k.size;
-    double* real = fftw_alloc_real(n);
-    fftw_complex* spectrum = fftw_alloc_complex(n / 2 + 1);
+    std::vector<double> real(x.begin(), x.begin() + n), ccs(n + 2);
+    if (k.family == RealFamily::Inverse)
+        std::ranges::copy(fromLayout(x, k.layout, n), ccs.begin());
     const fftw_plan plan =
-        k.family == RealFamily::Forward   ? fftw_plan_dft_r2c_1d(n, real, spectrum, FFTW_ESTIMATE)
-        : k.family == RealFamily::Inverse ? fftw_plan_dft_c2r_1d(n, spectrum, real, FFTW_ESTIMATE)
-                                          : fftw_plan_r2r_1d(n, real, real, FFTW_DHT, FFTW_ESTIMATE);
-    if (k.family == RealFamily::Inverse) {
-        const auto ccs = fromLayout(x, k.layout, n);
-        std::copy(ccs.begin(), ccs.end(), spectrum[0]);
-    } else {
-        std::copy(x.begin(), x.end(), real);
-    }
+        k.family == RealFamily::Forward   ? fftw_plan_dft_r2c_1d(n, real.data(), complexCells(ccs), FFTW_ESTIMATE)
+        : k.family == RealFamily::Inverse ? fftw_plan_dft_c2r_1d(n, complexCells(ccs), real.data(), FFTW_ESTIMATE)
+                                          : fftw_plan_r2r_1d(n, real.data(), real.data(), FFTW_DHT, FFTW_ESTIMATE);
     fftw_execute(plan);
-    std::vector<double> out(k.outCells());
-    if (k.family == RealFamily::Forward)
-        toLayout(spectrum[0], k.layout, n, out);
-    else
-        std::copy(real, real + n, out.begin());
     fftw_destroy_plan(plan);
-    fftw_free(real);
-    fftw_free(spectrum);
+    if (k.family != RealFamily::Forward)
+        return real;
+    std::vector<double> out(k.outCells());
+    toLayout(ccs, k.layout, n, out);
     return out;
 }
 
