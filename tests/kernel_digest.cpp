@@ -25,9 +25,7 @@
 
 namespace {
 
-using tvktest::fixedInput;
-using tvktest::fnv1a;
-using tvktest::kFnvBasis;
+using namespace tvktest;
 
 // The three ways into a kernel: src and dst 16-byte aligned, both 4 bytes
 // past that, or one array for both.
@@ -54,7 +52,7 @@ void digestPaths(Digests& out, const std::string& name, std::initializer_list<Pa
 {
     for (Path path : paths) {
         const int offset = path == Path::Unaligned ? 4 : 0;
-        tvktest::OffsetArray<unsigned char> src(room, offset), dst(room, offset);
+        OffsetArray<unsigned char> src(room, offset), dst(room, offset);
         unsigned char* in = (path == Path::InPlace ? dst : src).get();
         uint64_t hash = kFnvBasis;
         for (unsigned seed = 0; seed < seeds; ++seed)
@@ -171,8 +169,8 @@ int main(int argc, char** argv)
     }
 
     Digests digests;
-    digestKernels(digests, tvktest::builtComplexKernels());
-    digestKernels(digests, tvktest::allRealKernels());
+    digestKernels(digests, builtComplexKernels());
+    digestKernels(digests, allRealKernels());
     digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f);
     digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f);
     digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f);
