@@ -5,6 +5,7 @@
 #include <string>
 
 #include "arith/interleaved_arith.h"
+#include "core/exports.h"
 #include "methods/lane_split.h"
 #include "roads/build.h"
 #include "roads/words.h"
@@ -265,17 +266,16 @@ Graph build32(int size, Direction direction, const Road& road)
 
 std::string directionName(Direction d) { return d == Direction::Forward ? "Forward" : "Inverse"; }
 
-std::string exportedName(Precision type, int size, Direction d)
+std::string dispatcherName(Precision type, Direction d)
 {
-    return std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") + std::to_string(size) +
-           "_" + typeSuffix(type, true);
+    return std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") + typeSuffix(type, true);
 }
 
 FramedKernel complexKernel(Precision type, int size, Direction direction)
 {
     FramedKernel k;
     k.structName = directionName(direction);
-    k.exportedName = exportedName(type, size, direction);
+    k.exportedName = listedKernel(dispatcherName(type, direction), size);
     k.scaleRow = directionName(direction);
     k.scaleFactors = scaleFactors(type, size);
     if (type == Precision::Double) {
@@ -335,11 +335,9 @@ std::vector<SizeDispatcher> complexDispatchers()
     for (Precision type : {Precision::Single, Precision::Double})
         for (Direction d : {Direction::Forward, Direction::Inverse}) {
             const std::string element = std::string("Tvk") + typeSuffix(type, true);
-            SizeDispatcher s{std::string(d == Direction::Forward ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") +
-                                 typeSuffix(type, true),
-                             element, element, 2, {}};
+            SizeDispatcher s{dispatcherName(type, d), element, element, 2, {}};
             for (int n = 2; n <= 64; ++n)
-                s.entries.push_back(exportedName(type, n, d));
+                s.entries.push_back(listedKernel(s.name, n));
             dispatchers.push_back(s);
         }
     return dispatchers;

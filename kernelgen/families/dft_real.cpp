@@ -4,6 +4,7 @@
 #include <string>
 
 #include "arith/scalar_arith.h"
+#include "core/exports.h"
 #include "layout/real_cells.h"
 
 namespace kernelgen {
@@ -65,11 +66,11 @@ Graph inverseGraph(Precision type, int n)
     return g;
 }
 
-std::string exportedName(bool inverse, RealLayout layout, const std::string& size, Precision type)
+std::string dispatcherName(bool inverse, RealLayout layout, Precision type)
 {
     const std::string family = inverse ? std::string("tvkgDFTInv_") + layoutName(layout) + "ToR"
                                        : std::string("tvkgDFTFwd_RTo") + layoutName(layout);
-    return family + "_" + size + (size.empty() ? "" : "_") + typeSuffix(type, false);
+    return family + "_" + typeSuffix(type, false);
 }
 
 constexpr RealLayout kLayouts[] = {RealLayout::CCS, RealLayout::Pack, RealLayout::Perm};
@@ -85,7 +86,7 @@ FramedKernelFile sizeFile(bool inverse, Precision type, int size)
     for (RealLayout layout : kLayouts) {
         FramedKernel k;
         k.structName = inverse ? std::string(layoutName(layout)) + "ToR" : std::string("To") + layoutName(layout);
-        k.exportedName = exportedName(inverse, layout, std::to_string(size), type);
+        k.exportedName = listedKernel(dispatcherName(inverse, layout, type), size);
         k.title = inverse ? std::string("Inverse size-") + std::to_string(size) + " kernel from " +
                                 layoutName(layout) + ": the transpose of " + words
                           : std::string("Forward size-") + std::to_string(size) + " kernel into " +
@@ -112,9 +113,9 @@ std::vector<SizeDispatcher> dispatchers(bool inverse)
     for (Precision type : {Precision::Single, Precision::Double})
         for (RealLayout layout : kLayouts) {
             const std::string element = std::string("Tvk") + typeSuffix(type, false);
-            SizeDispatcher d{exportedName(inverse, layout, "", type), element, element, 2, {}};
+            SizeDispatcher d{dispatcherName(inverse, layout, type), element, element, 2, {}};
             for (int n = 2; n <= 64; ++n)
-                d.entries.push_back(exportedName(inverse, layout, std::to_string(n), type));
+                d.entries.push_back(listedKernel(d.name, n));
             result.push_back(d);
         }
     return result;

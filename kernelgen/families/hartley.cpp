@@ -5,6 +5,7 @@
 #include <string>
 
 #include "arith/scalar_arith.h"
+#include "core/exports.h"
 
 namespace kernelgen {
 
@@ -44,10 +45,7 @@ Graph hartleyGraph(Precision type, int n)
     return g;
 }
 
-std::string exportedName(const std::string& size, Precision type)
-{
-    return "tvkgHartley_" + size + (size.empty() ? "" : "_") + typeSuffix(type, false);
-}
+std::string dispatcherName(Precision type) { return std::string("tvkgHartley_") + typeSuffix(type, false); }
 
 } // namespace
 
@@ -58,7 +56,7 @@ FramedKernelFile hartleySizeFile(Precision type, int size)
     file.element = std::string("Tvk") + typeSuffix(type, false);
     FramedKernel k;
     k.structName = "Hartley";
-    k.exportedName = exportedName(std::to_string(size), type);
+    k.exportedName = listedKernel(dispatcherName(type), size);
     k.title = "Hartley size-" + std::to_string(size) + " kernel: " + realRoadWords(RoadSet::Hartley, size) +
               ", then the butterflies of the parts";
     k.scaleRow = "SelfInverse";
@@ -76,9 +74,9 @@ std::vector<SizeDispatcher> hartleyDispatchers()
     std::vector<SizeDispatcher> result;
     for (Precision type : {Precision::Single, Precision::Double}) {
         const std::string element = std::string("Tvk") + typeSuffix(type, false);
-        SizeDispatcher d{exportedName("", type), element, element, 2, {}};
+        SizeDispatcher d{dispatcherName(type), element, element, 2, {}};
         for (int n = 2; n <= 64; ++n)
-            d.entries.push_back(exportedName(std::to_string(n), type));
+            d.entries.push_back(listedKernel(d.name, n));
         result.push_back(d);
     }
     return result;
