@@ -74,7 +74,7 @@ struct WhtKernel {
     bool buffered() const { return order >= kFirstBufferedOrder; }
     int32_t bufferBytes() const { return (is64 ? kBufferBytes64f : kBufferBytes32f)[order - 1]; }
     std::string type() const { return is64 ? "64f" : "32f"; }
-    std::string name() const { return "tvkgWHT_" + std::to_string(order) + "_" + type(); }
+    std::string name() const { return listedKernel("tvkgWHT_" + type(), order).name; }
 
     TvkStatus run(const void* src, void* dst, int flag, void* buffer = nullptr) const
     {
@@ -107,7 +107,7 @@ std::vector<WhtKernel> allKernels()
     for (bool is64 : {false, true})
         for (int order = 1; order <= kOrders; ++order) {
             WhtKernel k{is64, order, nullptr};
-            k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+            k.fn = listedKernel("tvkgWHT_" + k.type(), order).fn;
             kernels.push_back(k);
         }
     return kernels;

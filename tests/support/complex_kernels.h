@@ -1,8 +1,7 @@
-// The complex kernels that this build holds, found by their exported names,
-// with helpers to run either element type through one interface.
+// The complex kernels that this build holds, found in the list of exports
+// by their dispatcher and size, with helpers to run either element type
+// through one interface.
 #pragma once
-
-#include <dlfcn.h>
 
 #include <complex>
 #include <ostream>
@@ -27,23 +26,22 @@ struct ComplexKernel {
     int realBytes() const { return is64() ? 8 : 4; }
     int inCells() const { return 2 * size; }
     int outCells() const { return 2 * size; }
-    std::string familyName() const { return inverse ? "tvkgDFTInv_CToC" : "tvkgDFTFwd_CToC"; }
-    std::string name() const { return familyName() + "_" + std::to_string(size) + "_" + type; }
-    std::string dispatcherName() const { return familyName() + "_" + type; }
+    std::string dispatcherName() const { return (inverse ? "tvkgDFTInv_CToC_" : "tvkgDFTFwd_CToC_") + type; }
+    std::string name() const { return listedKernel(dispatcherName(), size).name; }
     TvkStatus run(const void* src, void* dst, int flag) const
     {
         return callAs<Tvk32fc, Tvk64fc>(is64(), fn, src, dst, flag);
     }
     TvkStatus runDispatcher(const void* src, void* dst, int len, int flag) const
     {
-        return callAs<Tvk32fc, Tvk64fc>(is64(), dlsym(RTLD_DEFAULT, dispatcherName().c_str()), src, dst, len, flag);
+        return callAs<Tvk32fc, Tvk64fc>(is64(), exportedFunction(dispatcherName()), src, dst, len, flag);
     }
 };
 
 inline ComplexKernel complexKernel(const ComplexKernelCounts& c)
 {
     ComplexKernel k{c.type, c.size, c.inverse, c.twins, c, nullptr};
-    k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+    k.fn = listedKernel(k.dispatcherName(), k.size).fn;
     return k;
 }
 

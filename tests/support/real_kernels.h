@@ -1,9 +1,7 @@
-// The real-data kernels that this build holds, found by their exported
-// names, with the layouts' cell maps written out here independently of the
-// generator.
+// The real-data kernels that this build holds, found in the list of exports
+// by their dispatcher and size, with the layouts' cell maps written out here
+// independently of the generator.
 #pragma once
-
-#include <dlfcn.h>
 
 #include <algorithm>
 #include <cmath>
@@ -89,15 +87,15 @@ struct RealKernel {
         default: return "tvkgHartley";
         }
     }
-    std::string name() const { return familyName() + "_" + std::to_string(size) + "_" + type; }
     std::string dispatcherName() const { return familyName() + "_" + type; }
+    std::string name() const { return listedKernel(dispatcherName(), size).name; }
     TvkStatus run(const void* src, void* dst, int flag) const
     {
         return callAs<Tvk32f, Tvk64f>(is64(), fn, src, dst, flag);
     }
     TvkStatus runDispatcher(const void* src, void* dst, int len, int flag) const
     {
-        return callAs<Tvk32f, Tvk64f>(is64(), dlsym(RTLD_DEFAULT, dispatcherName().c_str()), src, dst, len, flag);
+        return callAs<Tvk32f, Tvk64f>(is64(), exportedFunction(dispatcherName()), src, dst, len, flag);
     }
 };
 
@@ -106,7 +104,7 @@ struct RealKernel {
 inline RealKernel realKernel(RealFamily family, const std::string& type, int size, Layout layout)
 {
     RealKernel k{family, type, size, layout, nullptr};
-    k.fn = dlsym(RTLD_DEFAULT, k.name().c_str());
+    k.fn = listedKernel(k.dispatcherName(), size).fn;
     return k;
 }
 

@@ -17,6 +17,43 @@
 
 namespace tvktest {
 
+// Every exported function with its size (or order) and dispatcher, from
+// the one list of exports.
+struct Export {
+    const char* name;
+    int size;
+    const char* group;
+    void* fn;
+};
+
+inline const std::vector<Export>& exports()
+{
+    static const std::vector<Export> all = {
+#define TVKG_EXPORT(shape, name, type, size, group) {#name, size, #group, reinterpret_cast<void*>(&name)},
+#include "tvkgen_exports.inc"
+    };
+    return all;
+}
+
+// The exported function `name`; null where the list has none.
+inline void* exportedFunction(const std::string& name)
+{
+    for (const Export& e : exports())
+        if (name == e.name)
+            return e.fn;
+    return nullptr;
+}
+
+// The kernel of `size` that the dispatcher `group` runs; its name is empty
+// and its function null where the list has none.
+inline Export listedKernel(const std::string& group, int size)
+{
+    for (const Export& e : exports())
+        if (e.size == size && group == e.group && group != e.name)
+            return e;
+    return {"", size, "", nullptr};
+}
+
 // Bad flag values: whole values other than 1, 2, 4, 8, including would-be
 // bit-mask combinations.
 inline constexpr int kBadFlags[] = {0, 3, 5, 6, 7, 9, 10, 12, 16, 264, -1, 2147483647};
