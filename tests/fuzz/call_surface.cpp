@@ -5,6 +5,8 @@
 #include <cstring>
 #include <functional>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "tvkcore.h"
@@ -24,8 +26,8 @@ enum class Shape {
 // (or order).
 struct Export {
     Shape shape;
-    std::string name;
-    std::string type; // "32f", "64f", "32fc" or "64fc"; empty for the version record
+    std::string_view name;
+    std::string_view type; // "32f", "64f", "32fc" or "64fc"; empty for the version record
     int size;         // the kernel's own N or order; 0 for the size-taking entries
     void (*fn)();
 
@@ -50,7 +52,7 @@ const std::vector<Export> kListed = {
 
 // The listed function of a shape and type, as its own function type.
 template <class F>
-F listed(Shape shape, const std::string& type)
+F listed(Shape shape, std::string_view type)
 {
     for (const Export& e : kListed)
         if (e.shape == shape && e.type == type)
@@ -217,20 +219,20 @@ std::string checkArrays(const Export& e, const Call& c, int n, TvkStatus expecte
     void* out = c.inPlace ? src.get() : dst.get();
     const TvkStatus status = run(c.nullSrc ? nullptr : src.get(), c.nullDst ? nullptr : out);
     if (status != expected)
-        return e.name + ": status " + std::to_string(status) + ", the frame gives " + std::to_string(expected);
+        return std::string(e.name) + ": status " + std::to_string(status) + ", the frame gives " + std::to_string(expected);
     if (status != StatusOk)
-        return src.all() == srcBefore && dst.all() == dstBefore ? "" : e.name + ": a failed call wrote";
+        return src.all() == srcBefore && dst.all() == dstBefore ? "" : std::string(e.name) + ": a failed call wrote";
     // Only the written cells may change.
     if (const auto byte = (c.inPlace ? src : dst).changedOutside(c.inPlace ? srcBefore : dstBefore, outBytes))
-        return e.name + ": byte " + std::to_string(*byte) + " outside the output changed";
+        return std::string(e.name) + ": byte " + std::to_string(*byte) + " outside the output changed";
     if (!c.inPlace && src.all() != srcBefore)
-        return e.name + ": src changed";
+        return std::string(e.name) + ": src changed";
     const std::vector<uint8_t> result(static_cast<const uint8_t*>(out), static_cast<const uint8_t*>(out) + outBytes);
     // The aligned out-of-place call gives the same bytes.
     Guarded src0(inBytes, 0), dst0(outBytes, 0);
     fill(src0.get(), inBytes, c);
     if (run(src0.get(), dst0.get()) != StatusOk || !sameNumbers(dst0.contents(), result, e.realBytes()))
-        return e.name + ": another address or in place gives other bytes";
+        return std::string(e.name) + ": another address or in place gives other bytes";
     return "";
 }
 
@@ -250,10 +252,10 @@ std::string checkWhtBufferSize(const Export& e, const Call& c)
     const bool nullSize = c.nullDst && !validOrder;
     const auto status = reinterpret_cast<TvkStatus (*)(int, int32_t*)>(e.fn)(c.len, nullSize ? nullptr : &size);
     if (status == StatusOk)
-        return validOrder && size >= 0 ? "" : e.name + ": accepted a bad call";
+        return validOrder && size >= 0 ? "" : std::string(e.name) + ": accepted a bad call";
     if (status != StatusSizeError && status != StatusNullPointer)
-        return e.name + ": status " + std::to_string(status);
-    return size == -12345 ? "" : e.name + ": a failed call wrote the size";
+        return std::string(e.name) + ": status " + std::to_string(status);
+    return size == -12345 ? "" : std::string(e.name) + ": a failed call wrote the size";
 }
 
 // Plans of small valid lengths: built in exactly the bytes GetSize names,
@@ -273,7 +275,7 @@ std::string checkDct4(const Export& e, const Call& c)
     int32_t size = -1;
     const TvkStatus sized = getSize(c.len, &size);
     if (sized != StatusOk && sized != StatusSizeError)
-        return e.name + ": GetSize status " + std::to_string(sized);
+        return std::string(e.name) + ": GetSize status " + std::to_string(sized);
     if (sized != StatusOk || size < 0 || size > (1 << 22))
         return "";
     Guarded mem(static_cast<size_t>(size), 0);
@@ -281,10 +283,10 @@ std::string checkDct4(const Export& e, const Call& c)
     Plan* plan = nullptr;
     const TvkStatus built = init(&plan, c.len, mem.get());
     if (mem.changedOutside(memBefore, mem.bytes()))
-        return e.name + ": Init wrote outside its block";
+        return std::string(e.name) + ": Init wrote outside its block";
     const bool power = c.len >= 2 && (c.len & (c.len - 1)) == 0;
     if (power && (built != StatusOk || plan == nullptr))
-        return e.name + ": Init of length " + std::to_string(c.len) + " failed in the bytes GetSize gave";
+        return std::string(e.name) + ": Init of length " + std::to_string(c.len) + " failed in the bytes GetSize gave";
     if (!power || c.len > 4096)
         return "";
     Call plain = c;
@@ -296,13 +298,13 @@ std::string checkDct4(const Export& e, const Call& c)
         return problem;
     Plan* owned = nullptr;
     if (initAlloc(&owned, c.len) != StatusOk)
-        return e.name + ": InitAlloc failed";
+        return std::string(e.name) + ": InitAlloc failed";
     Guarded src(c.len * sizeof(Real), 0), a(c.len * sizeof(Real), 0), b(c.len * sizeof(Real), 0);
     fill(src.get(), src.bytes(), c);
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(a.get()), plan);
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(b.get()), owned);
     freePlan(owned);
-    return a.contents() == b.contents() ? "" : e.name + ": InitAlloc's plan gives other bytes";
+    return a.contents() == b.contents() ? "" : std::string(e.name) + ": InitAlloc's plan gives other bytes";
 }
 
 std::string checkCall(const Call& c)
