@@ -1,6 +1,7 @@
 // The call frame of every kernel: null tests, flag test, pick of the scale
 // constant, then the body. Kernels with an unaligned twin test the alignment
-// of src and dst first; the twin holds its own copy of the checks.
+// of src and dst first, then run the checks of checkAndRunBody in the twin
+// chosen.
 #pragma once
 
 #include <cstdint>
