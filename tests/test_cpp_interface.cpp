@@ -6,7 +6,6 @@
 
 #include <array>
 #include <complex>
-#include <cstring>
 #include <vector>
 
 #include "test_support.h"
@@ -43,7 +42,7 @@ struct CFunctions<double> {
 template <class T>
 bool sameBytes(const std::vector<T>& a, const std::vector<T>& b)
 {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
+    return a.size() == b.size() && tvktest::sameBits(a.data(), b.data(), a.size());
 }
 
 // A wrapper called with spans of the fixed extents In and Out (the size's
