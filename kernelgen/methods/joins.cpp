@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "arith/scalar_arith.h"
+
 namespace kernelgen {
 
 namespace {
@@ -76,12 +78,12 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
         for (int i1 = 0; i1 < map.n1; ++i1)
             group[i1] = x[map.input(i1, i2)];
         columns[i2] = first.on(i2)(ar, group);
-        for (int k1 = 1; k1 < map.n1; ++k1)
+        for (int k1 = 1; k1 < static_cast<int>(columns[i2].size()); ++k1)
             if (map.twiddle(i2, k1) % map.twiddleDen != 0)
                 columns[i2][k1] = ar.rotate(columns[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
     }
     Signal X(n);
-    for (int k1 = 0; k1 < map.n1; ++k1) {
+    for (int k1 = 0; k1 < static_cast<int>(columns[0].size()); ++k1) {
         const SectionScope section(ar.graph(), rowSection(k1, map.n2));
         Signal row(map.n2);
         for (int i2 = 0; i2 < map.n2; ++i2)
@@ -94,6 +96,8 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
 }
 
 template Signal join<DftArith>(DftArith&, const Signal&, const JoinMap&, const Stage&, const Stage&);
+template Signal join<ScalarArith>(ScalarArith&, const Signal&, const JoinMap&, const StageOf<ScalarArith>&,
+                                  const StageOf<ScalarArith>&);
 template Signal join<ComplexArith>(ComplexArith&, const Signal&, const JoinMap&, const StageOf<ComplexArith>&,
                                    const StageOf<ComplexArith>&);
 

@@ -60,8 +60,10 @@ using Stage = StageOf<DftArith>;
 Section groupSection(int i2, int n1, int partner = -1);
 Section rowSection(int k1, int n2, int partner = -1);
 
-// Length-n1 transforms on the groups, twiddles, length-n2 transforms across.
-// Any arithmetic runs it: the DFT kernels' (DftArith) and the DCT-IV
+// Length-n1 transforms on the groups, twiddles, length-n2 transforms across
+// the rows the first stage gives (all n1, or bins 0 .. n1/2 of real groups:
+// the other bins of X are then left empty). Any arithmetic runs it: the DFT
+// kernels' (DftArith), the real kernels' (ScalarArith) and the DCT-IV
 // pieces' (ComplexArith, with codelet stages).
 template <class Arith>
 Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,

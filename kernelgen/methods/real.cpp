@@ -146,37 +146,25 @@ Transform fourStep(int N, const Transform& across)
 Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const RealTransform& first,
                 const RealTransform& secondReal, const Transform& secondComplex)
 {
-    const int n1 = map.n1, n2 = map.n2;
-    std::vector<Signal> Y(n2);
-    for (int i2 = 0; i2 < n2; ++i2) {
-        const SectionScope section(ar.graph(), groupSection(i2, n1));
-        Signal group(n1);
-        for (int i1 = 0; i1 < n1; ++i1)
-            group[i1] = x[map.input(i1, i2)];
-        Y[i2] = first(ar, group);
-    }
-    HalfSpectrum X(n1 * n2);
-    for (int k1 = 0; 2 * k1 <= n1; ++k1) {
-        const SectionScope section(ar.graph(), rowSection(k1, n2));
-        Signal row(n2);
-        bool real = true;
-        for (int i2 = 0; i2 < n2; ++i2) {
-            row[i2] = ar.rotate(Y[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
-            real = real && isReal(row[i2]);
-        }
-        if (real) {
-            const Signal Z = secondReal(ar, row);
-            for (int k2 = 0; 2 * k2 <= n2; ++k2) {
-                X.set(map.output(k1, k2), Z[k2]);
-                if (k2 > 0)
-                    X.set(map.output(k1, (n2 - k2) % n2), conj(Z[k2]));
-            }
-        } else {
-            const Signal Z = secondComplex(ar, row);
-            for (int k2 = 0; k2 < n2; ++k2)
-                X.set(map.output(k1, k2), Z[k2]);
-        }
-    }
+    // A row whose twiddles left it real takes the real transform, and its
+    // upper bins are the conjugates of its lower ones.
+    const RealTransform second = [&](ScalarArith& ar, const Signal& row) {
+        if (!std::all_of(row.begin(), row.end(), isReal))
+            return secondComplex(ar, row);
+        const int n2 = static_cast<int>(row.size());
+        const Signal Z = secondReal(ar, row);
+        Signal full(n2);
+        for (int k2 = 0; k2 < n2; ++k2)
+            full[k2] = 2 * k2 <= n2 ? Z[k2] : conj(Z[n2 - k2]);
+        return full;
+    };
+    // The first stage keeps bins 0 .. n1/2 of each group, so the join runs
+    // the rows k1 <= n1/2.
+    const Signal Y = join<ScalarArith>(ar, x, map, first, second);
+    HalfSpectrum X(map.n1 * map.n2);
+    for (int k1 = 0; 2 * k1 <= map.n1; ++k1)
+        for (int k2 = 0; k2 < map.n2; ++k2)
+            X.set(map.output(k1, k2), Y[map.output(k1, k2)]);
     return X.bins();
 }
 
