@@ -6,8 +6,9 @@
 //   loadScalar / storeScalar  one number at any byte address
 //   load / store            aligned 128-bit moves
 //   loadu / storeu          unaligned 128-bit moves, by their bytes
-//   loadLowPair             (p0, p1, 0, 0): one 32fc element, 64-bit move
-//   storeLowPair / storeHighPair  lanes 0-1 / 2-3 as one 64-bit move
+//   loadElement             (p0, p1, 0, 0): one 32fc element, 64-bit move
+//   storeLowElement / storeHighElement
+//                           lanes 0-1 / 2-3 as one 64-bit move
 //   add, sub, mul, bitXor   lane-wise arithmetic; bitXor flips sign bits
 //   swapLanes               (a1, a0) of a V2d
 //   shuffle<i0,i1,i2,i3>    (a[i0], a[i1], b[i2], b[i3])

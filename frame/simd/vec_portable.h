@@ -33,14 +33,14 @@ TVKG_INLINE void store(float* p, V4f v)
     p[3] = v.lane[3];
 }
 TVKG_INLINE void storeu(float* p, V4f v) { std::memcpy(p, v.lane, sizeof v.lane); }
-TVKG_INLINE V4f loadLowPair(const float* p)
+TVKG_INLINE V4f loadElement(const float* p)
 {
     V4f v{{0.0f, 0.0f, 0.0f, 0.0f}};
     std::memcpy(v.lane, p, 2 * sizeof(float));
     return v;
 }
-TVKG_INLINE void storeLowPair(float* p, V4f v) { std::memcpy(p, v.lane, 2 * sizeof(float)); }
-TVKG_INLINE void storeHighPair(float* p, V4f v) { std::memcpy(p, v.lane + 2, 2 * sizeof(float)); }
+TVKG_INLINE void storeLowElement(float* p, V4f v) { std::memcpy(p, v.lane, 2 * sizeof(float)); }
+TVKG_INLINE void storeHighElement(float* p, V4f v) { std::memcpy(p, v.lane + 2, 2 * sizeof(float)); }
 
 TVKG_INLINE V2d load(const double* p) { return V2d{{p[0], p[1]}}; }
 TVKG_INLINE void store(double* p, V2d v)

@@ -18,12 +18,12 @@ TVKG_INLINE void storeu(float* p, V4f v) { _mm_storeu_ps(p, v); }
 // 64-bit moves of one 32fc element. These intrinsics are built-in moves of
 // any alignment (movlps, movhps), never a dereference in the language, so
 // any address is well defined.
-TVKG_INLINE V4f loadLowPair(const float* p)
+TVKG_INLINE V4f loadElement(const float* p)
 {
     return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p));
 }
-TVKG_INLINE void storeLowPair(float* p, V4f v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), v); }
-TVKG_INLINE void storeHighPair(float* p, V4f v) { _mm_storeh_pi(reinterpret_cast<__m64*>(p), v); }
+TVKG_INLINE void storeLowElement(float* p, V4f v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), v); }
+TVKG_INLINE void storeHighElement(float* p, V4f v) { _mm_storeh_pi(reinterpret_cast<__m64*>(p), v); }
 
 TVKG_INLINE V2d load(const double* p) { return _mm_load_pd(p); }
 TVKG_INLINE void store(double* p, V2d v) { _mm_store_pd(p, v); }

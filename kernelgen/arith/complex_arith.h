@@ -33,12 +33,14 @@ enum class Direction { Forward, Inverse };
 
 // A complex value. Its parts may carry a pending sign (negRe, negIm) that
 // the next addition absorbs by turning into a subtraction, so negations by
-// -1 and by +-i cost nothing. InterleavedArith keeps the vector in `re`.
+// -1 and by +-i cost nothing. The interleaved arithmetic holds both parts
+// in one vector, `both`, its parts' values left empty.
 struct Cx {
     Graph::Value re = -1;
     Graph::Value im = -1;
     bool negRe = false;
     bool negIm = false;
+    Graph::Value both = -1;
 };
 
 // A signal of complex values: a transform's input or output.

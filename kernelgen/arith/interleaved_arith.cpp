@@ -6,7 +6,7 @@
 
 namespace kernelgen {
 
-Cx InterleavedArith::load(int element) { return Cx{graph_.load(Kind::V2F64, 2 * element)}; }
+Cx InterleavedArith::load(int element) { return vector(graph_.load(Kind::V2F64, 2 * element)); }
 
 void InterleavedArith::storeScaled(Cx x, int element, Graph::Value scale)
 {
@@ -16,12 +16,12 @@ void InterleavedArith::storeScaled(Cx x, int element, Graph::Value scale)
 Graph::Value InterleavedArith::materialize(Cx a)
 {
     if (!a.negRe && !a.negIm)
-        return a.re;
+        return a.both;
     const char* name = a.negRe && a.negIm ? "kNegateBoth" : a.negRe ? "kNegateLow" : "kNegateHigh";
-    return graph_.bitXor(a.re, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
+    return graph_.bitXor(a.both, graph_.signMask(name, Kind::V2F64, {a.negRe, a.negIm}));
 }
 
-Cx InterleavedArith::zero() { return Cx{graph_.constant("kZero", Kind::V2F64, {0, 0})}; }
+Cx InterleavedArith::zero() { return vector(graph_.constant("kZero", Kind::V2F64, {0, 0})); }
 
 Cx InterleavedArith::add(Cx a, Cx b)
 {
@@ -30,12 +30,12 @@ Cx InterleavedArith::add(Cx a, Cx b)
     if (isZero(b))
         return a;
     if (a.negRe != a.negIm)
-        a = Cx{materialize(a)};
+        a = vector(materialize(a));
     if (b.negRe != b.negIm)
-        b = Cx{materialize(b)};
+        b = vector(materialize(b));
     bool neg = false;
-    const Graph::Value v = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, neg);
-    return Cx{v, -1, neg, neg};
+    const Graph::Value v = signedSum(graph_, a.both, a.negRe, b.both, b.negRe, neg);
+    return vector(v, neg, neg);
 }
 
 Cx InterleavedArith::mulReal(Cx a, Trig c)
@@ -45,7 +45,7 @@ Cx InterleavedArith::mulReal(Cx a, Trig c)
     const Exact value = c.value();
     const Exact m = magnitude(value);
     const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), Kind::V2F64, {m, m});
-    Cx r{graph_.mul(a.re, k), -1, a.negRe, a.negIm};
+    Cx r = vector(graph_.mul(a.both, k), a.negRe, a.negIm);
     if (value < 0)
         r = neg(r);
     return r;
@@ -55,9 +55,9 @@ Cx InterleavedArith::mulReal(Cx a, Trig c)
 Cx InterleavedArith::timesI(Cx a)
 {
     const bool whole = a.negRe && a.negIm;
-    const Graph::Value v = whole ? a.re : materialize(a);
+    const Graph::Value v = whole ? a.both : materialize(a);
     const Graph::Value swapped = graph_.shuffle(Shuffle::SwapLanes, v);
-    return Cx{graph_.bitXor(swapped, graph_.signMask("kNegateLow", Kind::V2F64, {true, false})), -1, whole, whole};
+    return vector(graph_.bitXor(swapped, graph_.signMask("kNegateLow", Kind::V2F64, {true, false})), whole, whole);
 }
 
 Cx InterleavedArith::timesW4(Cx a)
@@ -89,7 +89,7 @@ Cx InterleavedArith::rotate(Cx a, int n, int e)
     const Cx p = mulReal(a, Trig{false, r, n});
     const std::string sinName = trigMagnitudeName(true, r, n) + (s > 0 ? "NegPos" : "PosNeg");
     const Graph::Value pattern = graph_.constant(sinName, Kind::V2F64, {-s, s});
-    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern)};
+    const Cx q = vector(graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern));
     return add(p, q);
 }
 
@@ -100,7 +100,7 @@ Cx InterleavedArith::mulComplex(Cx a, Exact re, Exact im, const std::string& nam
     Cx p;
     if (re != 0) {
         const Exact m = magnitude(re);
-        p = Cx{graph_.mul(a.re, graph_.constant(name + "Re", Kind::V2F64, {m, m})), -1, a.negRe, a.negIm};
+        p = vector(graph_.mul(a.both, graph_.constant(name + "Re", Kind::V2F64, {m, m})), a.negRe, a.negIm);
         if (re < 0)
             p = neg(p);
     }
@@ -109,7 +109,7 @@ Cx InterleavedArith::mulComplex(Cx a, Exact re, Exact im, const std::string& nam
     // swap(a) * (-im, im) = i*im*a
     const Graph::Value pattern =
         graph_.constant(name + "Im" + (im > 0 ? "NegPos" : "PosNeg"), Kind::V2F64, {-im, im});
-    const Cx q{graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern)};
+    const Cx q = vector(graph_.mul(graph_.shuffle(Shuffle::SwapLanes, materialize(a)), pattern));
     return re != 0 ? add(p, q) : q;
 }
 

@@ -1,5 +1,5 @@
 // 64fc complex arithmetic: one complex number per two-lane binary64 vector,
-// the value in Cx::re.
+// held in Cx::both.
 #pragma once
 
 #include "arith/complex_arith.h"
@@ -17,10 +17,11 @@ public:
     Cx rotate(Cx a, int n, int e) override;
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
     Cx zero() override;
-    bool isZero(Cx a) const { return graph_.isZero(a.re); }
+    bool isZero(Cx a) const { return graph_.isZero(a.both); }
     std::unique_ptr<DftArith> reversed() const override;
 
 private:
+    static Cx vector(Graph::Value v, bool negRe = false, bool negIm = false) { return Cx{-1, -1, negRe, negIm, v}; }
     Graph::Value materialize(Cx a);
     Cx timesI(Cx a); // by +i in either direction
 };

@@ -106,16 +106,16 @@ void Graph::store(Value v, int offset)
     push(node);
 }
 
-Graph::Value Graph::loadPair(int offset)
+Graph::Value Graph::loadElement(int offset)
 {
-    Node node{Op::LoadPair, Kind::V4F32};
+    Node node{Op::LoadElement, Kind::V4F32};
     node.offset = offset;
     return push(node);
 }
 
-void Graph::storePair(Value v, bool highLanes, int offset)
+void Graph::storeElement(Value v, bool highLanes, int offset)
 {
-    Node node{highLanes ? Op::StoreHighPair : Op::StoreLowPair, nodes_[v].kind, v};
+    Node node{highLanes ? Op::StoreHighElement : Op::StoreLowElement, nodes_[v].kind, v};
     node.offset = offset;
     push(node);
 }

@@ -27,27 +27,27 @@ Kind wideKind(Kind half);
 Kind halfKind(Kind wide);
 
 enum class Op {
-    Load,      // element `offset` (in numbers) of src
-    Store,     // a -> dst at `offset`; produces no value
-    LoadPair,  // one 32fc element at `offset` into lanes 0-1, zeros above
-    StoreLowPair,  // lanes 0-1 of a -> dst at `offset`
-    StoreHighPair, // lanes 2-3 of a -> dst at `offset`
-    Constant,  // a named compiled-in constant
-    ScaleArg,  // the kernel's scale factor, chosen by the flag
+    Load,              // element `offset` (in numbers) of src
+    Store,             // a -> dst at `offset`; produces no value
+    LoadElement,       // one 32fc element at `offset` into lanes 0-1, zeros above
+    StoreLowElement,   // lanes 0-1 of a -> dst at `offset`
+    StoreHighElement,  // lanes 2-3 of a -> dst at `offset`
+    Constant,          // a named compiled-in constant
+    ScaleArg,          // the kernel's scale factor, chosen by the flag
     Add,
     Sub,
     Mul,
-    Xor,       // sign flips of vector lanes by a mask constant
-    Neg,       // sign flip of a scalar
-    Shuffle,   // a lane pattern of the vector layer (Shuffle below)
-    Widen,     // binary32 -> binary64, exact
-    Narrow,    // binary64 -> binary32, one rounding
+    Xor,               // sign flips of vector lanes by a mask constant
+    Neg,               // sign flip of a scalar
+    Shuffle,           // a lane pattern of the vector layer (Shuffle below)
+    Widen,             // binary32 -> binary64, exact
+    Narrow,            // binary64 -> binary32, one rounding
 };
 
 // Moves between the arrays and the registers, whole vectors or single
 // 32fc elements.
-inline bool isLoad(Op op) { return op == Op::Load || op == Op::LoadPair; }
-inline bool isStore(Op op) { return op == Op::Store || op == Op::StoreLowPair || op == Op::StoreHighPair; }
+inline bool isLoad(Op op) { return op == Op::Load || op == Op::LoadElement; }
+inline bool isStore(Op op) { return op == Op::Store || op == Op::StoreLowElement || op == Op::StoreHighElement; }
 
 // The lane patterns of the vector layer that the kernels use.
 enum class Shuffle {
@@ -138,8 +138,8 @@ public:
 
     Value load(Kind kind, int offset);
     void store(Value v, int offset);
-    Value loadPair(int offset);
-    void storePair(Value v, bool highLanes, int offset);
+    Value loadElement(int offset);
+    void storeElement(Value v, bool highLanes, int offset);
     // A name stands for one value: asking for a known name with another
     // kind or other lanes is an error.
     Value constant(const std::string& name, Kind kind, std::vector<Exact> lanes);

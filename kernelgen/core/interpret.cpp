@@ -184,14 +184,14 @@ private:
         const int lanes = laneCount(n.kind);
         switch (n.op) {
         case Op::Load: return load(n);
-        case Op::LoadPair:
+        case Op::LoadElement:
             v[0] = read(Kind::F32, n.offset);
             v[1] = read(Kind::F32, n.offset + 1);
             return v;
         case Op::Store: store(n, values_[n.a]); return v;
-        case Op::StoreLowPair:
-        case Op::StoreHighPair: {
-            const int first = n.op == Op::StoreHighPair ? 2 : 0;
+        case Op::StoreLowElement:
+        case Op::StoreHighElement: {
+            const int first = n.op == Op::StoreHighElement ? 2 : 0;
             write(Kind::F32, n.offset, values_[n.a][first]);
             write(Kind::F32, n.offset + 1, values_[n.a][first + 1]);
             return v;

@@ -161,11 +161,11 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
                    : inArray ? element(arrays.in, n.offset)
                              : "loadScalar(" + at(arrays.in, n.offset) + ")";
             break;
-        case Op::LoadPair: expr = "loadLowPair(" + at(arrays.in, n.offset) + ")"; break;
-        case Op::StoreLowPair:
-        case Op::StoreHighPair:
+        case Op::LoadElement: expr = "loadElement(" + at(arrays.in, n.offset) + ")"; break;
+        case Op::StoreLowElement:
+        case Op::StoreHighElement:
             stored = true;
-            out << indent << (n.op == Op::StoreLowPair ? "storeLowPair" : "storeHighPair") << "("
+            out << indent << (n.op == Op::StoreLowElement ? "storeLowElement" : "storeHighElement") << "("
                 << at(arrays.out, n.offset) << ", " << a << ");\n";
             continue;
         case Op::Store:

@@ -16,7 +16,7 @@ Cx loadQuad(Graph& g, int element)
 }
 
 // Two consecutive elements in lanes 0 and 1, zeros in lanes 2 and 3.
-Cx loadPair(Graph& g, int element)
+Cx loadTwo(Graph& g, int element)
 {
     const Graph::Value v = g.load(Kind::V4F32, 2 * element);
     const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
@@ -46,11 +46,11 @@ Cx gather(Graph& g, std::array<int, 4> elements)
     if (pair && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
         return loadQuad(g, elements[0]);
     if (pair && elements[2] < 0 && elements[3] < 0)
-        return loadPair(g, elements[0]);
+        return loadTwo(g, elements[0]);
     const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
     std::array<Graph::Value, 4> v;
     for (int l = 0; l < 4; ++l)
-        v[l] = elements[l] >= 0 ? g.loadPair(2 * elements[l]) : zero;
+        v[l] = elements[l] >= 0 ? g.loadElement(2 * elements[l]) : zero;
     // (re0, re1, im0, im1) and (re2, re3, im2, im3)
     const Graph::Value low = g.shuffle(Shuffle::UnpackLo, v[0], v[1]);
     const Graph::Value high = elements[2] < 0 && elements[3] < 0 ? zero : g.shuffle(Shuffle::UnpackLo, v[2], v[3]);
@@ -73,16 +73,16 @@ void scatterScaled(SplitArith& ar, Cx x, std::array<int, 4> elements, Graph::Val
     }
     // (re0, im0, re1, im1) and (re2, im2, re3, im3), one element per half.
     if (elements[0] >= 0)
-        g.storePair(low, false, 2 * elements[0]);
+        g.storeElement(low, false, 2 * elements[0]);
     if (elements[1] >= 0)
-        g.storePair(low, true, 2 * elements[1]);
+        g.storeElement(low, true, 2 * elements[1]);
     if (elements[2] < 0 && elements[3] < 0)
         return;
     const Graph::Value high = g.shuffle(Shuffle::UnpackHi, re, im);
     if (elements[2] >= 0)
-        g.storePair(high, false, 2 * elements[2]);
+        g.storeElement(high, false, 2 * elements[2]);
     if (elements[3] >= 0)
-        g.storePair(high, true, 2 * elements[3]);
+        g.storeElement(high, true, 2 * elements[3]);
 }
 
 int inLane(int index, int count) { return index < count ? index : -1; }

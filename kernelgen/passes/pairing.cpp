@@ -162,7 +162,7 @@ public:
             else if (n.op == Op::Store)
                 place(i, [&] { out_.store(single(n.a), n.offset); return -1; });
             else
-                place(i, [&] { out_.storePair(single(n.a), n.op == Op::StoreHighPair, n.offset); return -1; });
+                place(i, [&] { out_.storeElement(single(n.a), n.op == Op::StoreHighElement, n.offset); return -1; });
         }
         return std::move(out_);
     }
@@ -207,7 +207,7 @@ private:
         return single_[v] = place(v, [&] {
                    switch (n.op) {
                    case Op::Load: return out_.load(n.kind, n.offset);
-                   case Op::LoadPair: return out_.loadPair(n.offset);
+                   case Op::LoadElement: return out_.loadElement(n.offset);
                    case Op::Constant: {
                        const ConstantDef& c = g_.constants()[n.constant];
                        return constantOf(c, c.name, c.kind, c.lanes);
