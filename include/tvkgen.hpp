@@ -79,41 +79,29 @@ struct Export;
     };
 #include "tvkgen_exports.inc"
 
-// The functions of one precision.
+// The functions of one precision, named by its complex and real suffixes.
 template <class T>
 struct Api;
-template <>
-struct Api<float> {
-    using Complex = Tvk32fc;
-    using Plan = TvkgDCT4Plan_32f;
-    static constexpr auto dftForward = tvkgDFTFwd_CToC_32fc, dftInverse = tvkgDFTInv_CToC_32fc;
-    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_32f, toPack = tvkgDFTFwd_RToPack_32f,
-                          toPerm = tvkgDFTFwd_RToPerm_32f, fromCcs = tvkgDFTInv_CCSToR_32f,
-                          fromPack = tvkgDFTInv_PackToR_32f, fromPerm = tvkgDFTInv_PermToR_32f,
-                          hartley = tvkgHartley_32f;
-    static constexpr auto wht = tvkgWHT_32f;
-    static constexpr auto dct4GetSize = tvkgDCT4GetSize_32f;
-    static constexpr auto dct4Init = tvkgDCT4Init_32f;
-    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_32f;
-    static constexpr auto dct4 = tvkgDCT4_32f;
-    static constexpr auto dct4Free = tvkgDCT4Free_32f;
-};
-template <>
-struct Api<double> {
-    using Complex = Tvk64fc;
-    using Plan = TvkgDCT4Plan_64f;
-    static constexpr auto dftForward = tvkgDFTFwd_CToC_64fc, dftInverse = tvkgDFTInv_CToC_64fc;
-    static constexpr auto toCcs = tvkgDFTFwd_RToCCS_64f, toPack = tvkgDFTFwd_RToPack_64f,
-                          toPerm = tvkgDFTFwd_RToPerm_64f, fromCcs = tvkgDFTInv_CCSToR_64f,
-                          fromPack = tvkgDFTInv_PackToR_64f, fromPerm = tvkgDFTInv_PermToR_64f,
-                          hartley = tvkgHartley_64f;
-    static constexpr auto wht = tvkgWHT_64f;
-    static constexpr auto dct4GetSize = tvkgDCT4GetSize_64f;
-    static constexpr auto dct4Init = tvkgDCT4Init_64f;
-    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_64f;
-    static constexpr auto dct4 = tvkgDCT4_64f;
-    static constexpr auto dct4Free = tvkgDCT4Free_64f;
-};
+#define TVKG_PRECISION(T, c, r)                                                                                   \
+    template <>                                                                                                   \
+    struct Api<T> {                                                                                               \
+        using Complex = Tvk##c;                                                                                   \
+        using Plan = TvkgDCT4Plan_##r;                                                                            \
+        static constexpr auto dftForward = tvkgDFTFwd_CToC_##c, dftInverse = tvkgDFTInv_CToC_##c;                 \
+        static constexpr auto toCcs = tvkgDFTFwd_RToCCS_##r, toPack = tvkgDFTFwd_RToPack_##r,                     \
+                              toPerm = tvkgDFTFwd_RToPerm_##r, fromCcs = tvkgDFTInv_CCSToR_##r,                   \
+                              fromPack = tvkgDFTInv_PackToR_##r, fromPerm = tvkgDFTInv_PermToR_##r,               \
+                              hartley = tvkgHartley_##r;                                                          \
+        static constexpr auto wht = tvkgWHT_##r;                                                                  \
+        static constexpr auto dct4GetSize = tvkgDCT4GetSize_##r;                                                  \
+        static constexpr auto dct4Init = tvkgDCT4Init_##r;                                                        \
+        static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_##r;                                              \
+        static constexpr auto dct4 = tvkgDCT4_##r;                                                                \
+        static constexpr auto dct4Free = tvkgDCT4Free_##r;                                                        \
+    };
+TVKG_PRECISION(float, 32fc, 32f)
+TVKG_PRECISION(double, 64fc, 64f)
+#undef TVKG_PRECISION
 
 template <class T>
 constexpr auto forward(ccs_t) { return Api<T>::toCcs; }
