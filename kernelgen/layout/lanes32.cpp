@@ -42,10 +42,10 @@ Cx gather(Graph& g, std::array<int, 4> elements)
         return Cx{zero, zero};
     }
     const bool evenStart = elements[0] >= 0 && elements[0] % 2 == 0;
-    const bool pair = evenStart && elements[1] == elements[0] + 1;
-    if (pair && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
+    const bool twoInOrder = evenStart && elements[1] == elements[0] + 1;
+    if (twoInOrder && elements[2] == elements[0] + 2 && elements[3] == elements[0] + 3)
         return loadQuad(g, elements[0]);
-    if (pair && elements[2] < 0 && elements[3] < 0)
+    if (twoInOrder && elements[2] < 0 && elements[3] < 0)
         return loadTwo(g, elements[0]);
     const Graph::Value zero = g.constant("kZero", Kind::V4F32, {0, 0, 0, 0});
     std::array<Graph::Value, 4> v;

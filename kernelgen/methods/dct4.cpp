@@ -199,8 +199,8 @@ Graph twiddlePiece(Kind kind, int s)
     Graph g;
     LaneArith ar(g, kind);
     const Signal z = loadComplexes(g, kind, s, 0);
-    int pair = 0;
-    auto nextTwiddle = [&] { return loadComplex(g, kind, 2 * s + 2 * pair++); };
+    int twiddles = 0;
+    auto nextTwiddle = [&] { return loadComplex(g, kind, 2 * s + 2 * twiddles++); };
     Signal f(s);
     if (s <= 8) {
         Signal t(s);
