@@ -6,15 +6,15 @@ namespace kernelgen {
 
 namespace {
 
-// A term of an adjoint sum: a value of the transposed graph and its sign.
+// A term of an adjoint sum: a value of the adjoint graph and its sign.
 struct Term {
     Graph::Value value;
     bool negative;
 };
 
-class Transposer {
+class AdjointBuilder {
 public:
-    explicit Transposer(const Graph& g) : g_(g), adjoint_(g.nodes().size()), copied_(g.nodes().size(), -1) {}
+    explicit AdjointBuilder(const Graph& g) : g_(g), adjoint_(g.nodes().size()), copied_(g.nodes().size(), -1) {}
 
     Graph run()
     {
@@ -49,7 +49,7 @@ private:
         case Op::Mul: {
             const bool bIsFactor = isFactor(n.b);
             if (!bIsFactor && !isFactor(n.a))
-                throw std::logic_error("transpose of a product of two variables");
+                throw std::logic_error("adjoint of a product of two variables");
             const int x = bIsFactor ? n.a : n.b, factor = bIsFactor ? n.b : n.a;
             const Term d = term(v);
             adjoint_[x].push_back({t_.mul(d.value, copy(factor)), d.negative});
@@ -57,7 +57,7 @@ private:
         }
         case Op::Xor: {
             if (!isFactor(n.b))
-                throw std::logic_error("transpose of a sign flip by a variable");
+                throw std::logic_error("adjoint of a sign flip by a variable");
             adjoint_[n.a].push_back({t_.bitXor(sum(v), copy(n.b)), false});
             return;
         }
@@ -134,6 +134,6 @@ private:
 
 } // namespace
 
-Graph adjoint(const Graph& g) { return Transposer(g).run(); }
+Graph adjoint(const Graph& g) { return AdjointBuilder(g).run(); }
 
 } // namespace kernelgen

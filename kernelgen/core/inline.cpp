@@ -31,7 +31,7 @@ Graph::Value inSingle(Graph& g, Graph::Value wide)
     }
 }
 
-// A narrowing copied from a transposed binary32 block. The transpose of a
+// A narrowing copied from an adjoint binary32 block. The adjoint of a
 // statement's widened operand sums the adjoints of its uses in binary64;
 // where that sum holds no product by a constant it is no statement, and is
 // made in binary32 as every such sum is (narrowing a lone widened value is

@@ -1,5 +1,5 @@
 // Copying one scalar graph into another: a block built and transformed on
-// its own (the transpose of a forward transform) becomes part of a kernel.
+// its own (the adjoint of a forward transform) becomes part of a kernel.
 #pragma once
 
 #include <map>

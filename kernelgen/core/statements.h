@@ -1,5 +1,5 @@
 // Statements of binary32 kernels formed from the shape of a block. A block
-// built apart in binary64 (a transposed forward transform, whose data flow
+// built apart in binary64 (the adjoint of a forward transform, whose data flow
 // backwards so that no builder brackets its sums) is copied into a binary32
 // kernel, and its products by constants grouped into statements:
 //

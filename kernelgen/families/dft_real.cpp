@@ -54,7 +54,7 @@ Graph inverseGraph(Precision type, int n)
     Signal y;
     {
         const SectionScope section(g, {"transposed forward road"});
-        y = transposedTransform(g, kind, realRoad(RoadSet::Inverse, n), n, bins);
+        y = adjointTransform(g, kind, realRoad(RoadSet::Inverse, n), n, bins);
     }
     const SectionScope section(g, {"factor and stores"});
     const Graph::Value scale = g.scaleArg(kind);

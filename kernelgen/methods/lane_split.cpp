@@ -82,10 +82,10 @@ std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Trans
 }
 
 // The adjoint of forwardSplit: inverse second stage, conjugate twiddles,
-// transposes, inverse first stage. It is the transposed graph of the forward
+// transposes, inverse first stage. It is the adjoint graph of the forward
 // split with conjugate constants, built here stage by stage because the
 // lane patterns of the 32fc layout are their own adjoints in pairs
-// (transposes), which the generic transpose does not know. Returns y[set][i1], lanes i2 = 4*set+l,
+// (transposes), which the generic adjoint does not know. Returns y[set][i1], lanes i2 = 4*set+l,
 // the inverse transform's output input(i1, i2).
 std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Transform& first,
                                  const Transform& second, const std::vector<Signal>& spectrum,

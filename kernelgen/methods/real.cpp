@@ -195,7 +195,7 @@ void buildForwardBlock(ForwardBlock& b, ScalarArith& ar, const RealTransform& fo
     }
 }
 
-// The transpose's inputs: the parts of `bins` by cell; a cell stored negated
+// The adjoint's inputs: the parts of `bins` by cell; a cell stored negated
 // takes its input negated.
 std::map<int, SignedValue> adjointInputs(const ForwardBlock& b, const Signal& bins,
                                          const std::function<Graph::Value(Graph::Value)>& variable)
@@ -223,7 +223,7 @@ Signal realsOf(const std::map<int, SignedValue>& out, int n)
 
 } // namespace
 
-Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins)
+Signal adjointBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins)
 {
     ForwardBlock block;
     buildForwardBlock(block, *ar.onGraph(block.graph), forward, n, bins.size());
@@ -231,7 +231,7 @@ Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, con
     return realsOf(inlineGraph(ar.graph(), adjoint(block.graph), inputs), n);
 }
 
-Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins)
+Signal adjointTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins)
 {
     ForwardBlock block;
     ScalarArith wide(block.graph, Direction::Forward, Kind::F64, RoundingPolicy::elementType());
@@ -312,10 +312,12 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
     // Bin m/2 of the products is real (D[m/2] real, m/2 even) or, times -i,
     // real again (D[m/2] imaginary, m/2 odd): one cell of one block.
 
-    section.emplace(ar.graph(), Section{"transposed real size-" + std::to_string(m) + " transform, even bins: the real parts"});
-    const Signal re = transposedBlock(ar, evenBinsOfHalf(back), n, even);
-    section.emplace(ar.graph(), Section{"transposed real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts"});
-    const Signal imag = transposedBlock(ar, oddBinsOfHalf(back), n, odd);
+    section.emplace(ar.graph(),
+                    Section{"adjoint of the real size-" + std::to_string(m) + " transform, even bins: the real parts"});
+    const Signal re = adjointBlock(ar, evenBinsOfHalf(back), n, even);
+    section.emplace(ar.graph(),
+                    Section{"adjoint of the real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts"});
+    const Signal imag = adjointBlock(ar, oddBinsOfHalf(back), n, odd);
     // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
     for (int r = 0; r < n; ++r)
         X.set(powMod(g, (m - r) % m, p), Cx{re[r].re, imag[r].re, re[r].negRe, imag[r].negRe});

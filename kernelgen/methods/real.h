@@ -30,8 +30,8 @@ Transform twistThen(int N, const Transform& plain);
 
 // The odd-bin stage of N = 8 with its eighth-turn twist summed before the
 // product: W8 z = c (z + W4 z), one product per part, where twistThen takes
-// c z first. Transposed, each adjoint is multiplied by c before the sum and
-// the difference that join them.
+// c z first. In its adjoint, each input is multiplied by c before the sum
+// and the difference that join them.
 Transform summedTwistThen(const Transform& plain);
 
 // The odd-bin stage of N >= 32 in four steps, M = N/4 complex points,
@@ -52,16 +52,16 @@ Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const Real
 
 // The adjoint of a real block inside a kernel: `forward` maps n reals to a
 // half spectrum of `bins` bins; applied to given bins (their parts as the
-// spectrum's cells, a missing part a zero), its transposed graph gives n
-// reals. The block is built on a graph of its own, transposed, and copied
+// spectrum's cells, a missing part a zero), its adjoint graph gives n
+// reals. The block is built on a graph of its own, made adjoint, and copied
 // in: the data flow backwards through the forward method.
-Signal transposedBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins);
+Signal adjointBlock(ScalarArith& ar, const RealTransform& forward, int n, const Signal& bins);
 
 // The adjoint of the real transform `forward` of size n as the body of a
-// kernel on `g`: the block is built apart in binary64, transposed, and
+// kernel on `g`: the block is built apart in binary64, made adjoint, and
 // copied in with the statements of `element` (core/statements.h). `bins`
 // are variables of `element`, a missing part an exact zero.
-Signal transposedTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins);
+Signal adjointTransform(Graph& g, Kind element, const RealTransform& forward, int n, const Signal& bins);
 
 // The bins of a real transform of size m = 2n whose second half of input is
 // zero, as transforms of the n reals of the first half: the even bins
@@ -80,8 +80,8 @@ RealTransform oddBinsOfHalf(const RealTransform& forward);
 //     the odd ones;
 //  4. with y the inverse transform of the whole product spectrum, whose
 //     outputs r < m/2 are X[g^-r] - x[0]: Re y[r] and Im y[r] are the two
-//     symmetric parts of the transposed real size-m transform `back`, the
-//     transposes of its even bins (T in bin 0) and of its odd bins on the
+//     symmetric parts of the adjoint real size-m transform `back`, the
+//     adjoints of its even bins (T in bin 0) and of its odd bins on the
 //     first half of its input. `back` is best one whose first stage joins
 //     x[r] with x[r + m/2].
 Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back);

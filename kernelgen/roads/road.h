@@ -50,8 +50,8 @@ struct Road {
     // of HalvingsAround, the transform a convolution or chirp form runs
     // over (Interleaved: p, then q p). On real data: a join's two real
     // stages and the complex road of its second (its complex rows); the
-    // convolution form's real transform of p - 1 and the one it runs back
-    // transposed; the even-odd recursion's half and the plain transform
+    // convolution form's real transform of p - 1 and the one whose adjoint
+    // it runs back; the even-odd recursion's half and the plain transform
     // of its odd stage.
     std::vector<RoadStage> stages;
     // Folded: X[0] summed from x[0] on, ((x0 + a1) + a2) + ..., where the
