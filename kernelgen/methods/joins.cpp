@@ -22,6 +22,20 @@ int noTwiddle(int, int) { return 0; }
 
 } // namespace
 
+Signal JoinMap::group(const Signal& x, int i2) const
+{
+    Signal g(n1);
+    for (int i1 = 0; i1 < n1; ++i1)
+        g[i1] = x[input(i1, i2)];
+    return g;
+}
+
+void JoinMap::placeRow(Signal& X, int k1, const Signal& out) const
+{
+    for (int k2 = 0; k2 < n2; ++k2)
+        X[output(k1, k2)] = out[k2];
+}
+
 JoinMap twiddledMap(int n1, int n2)
 {
     return {n1, n2, [n2](int i1, int i2) { return n2 * i1 + i2; }, [n1](int k1, int k2) { return k1 + n1 * k2; },
@@ -74,10 +88,7 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
     std::vector<Signal> columns(map.n2);
     for (int i2 = 0; i2 < map.n2; ++i2) {
         const SectionScope section(ar.graph(), groupSection(i2, map.n1));
-        Signal group(map.n1);
-        for (int i1 = 0; i1 < map.n1; ++i1)
-            group[i1] = x[map.input(i1, i2)];
-        columns[i2] = first.on(i2)(ar, group);
+        columns[i2] = first.on(i2)(ar, map.group(x, i2));
         for (int k1 = 1; k1 < static_cast<int>(columns[i2].size()); ++k1)
             if (map.twiddle(i2, k1) % map.twiddleDen != 0)
                 columns[i2][k1] = ar.rotate(columns[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
@@ -88,9 +99,7 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
         Signal row(map.n2);
         for (int i2 = 0; i2 < map.n2; ++i2)
             row[i2] = columns[i2][k1];
-        const Signal out = second.on(k1)(ar, row);
-        for (int k2 = 0; k2 < map.n2; ++k2)
-            X[map.output(k1, k2)] = out[k2];
+        map.placeRow(X, k1, second.on(k1)(ar, row));
     }
     return X;
 }

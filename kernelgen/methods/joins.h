@@ -20,6 +20,11 @@ struct JoinMap {
     std::function<int(int, int)> output;
     std::function<int(int, int)> twiddle;
     int twiddleDen;
+
+    // First-stage group i2 of x, and the outputs `out` of second-stage row
+    // k1 put in their places in X.
+    Signal group(const Signal& x, int i2) const;
+    void placeRow(Signal& X, int k1, const Signal& out) const;
 };
 
 // Cooley-Tukey: n = n2*i1 + i2, k = k1 + n1*k2, twiddles W_N^(i2*k1).

@@ -209,10 +209,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
     std::vector<Signal> closedY;
     for (int i2 = 0; i2 < n2; ++i2) {
         const SectionScope section(ar.graph(), groupSection(i2, n1));
-        Signal group(n1);
-        for (int i1 = 0; i1 < n1; ++i1)
-            group[i1] = x[map.input(i1, i2)];
-        Y.push_back(first.pairedOut(ar, group));
+        Y.push_back(first.pairedOut(ar, map.group(x, i2)));
         closedY.push_back(close(ar, Y.back())); // left unused where the pairs stay open
     }
     PairedOutput X(n);
@@ -220,9 +217,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
         Signal row(n2);
         for (int i2 = 0; i2 < n2; ++i2)
             row[i2] = ar.rotate(closedY[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
-        const Signal out = second.plain(ar, row);
-        for (int k2 = 0; k2 < n2; ++k2)
-            X.bin[map.output(k1, k2)] = out[k2];
+        map.placeRow(X.bin, k1, second.plain(ar, row));
     };
     for (int k1 = 0; k1 < n1; ++k1) {
         const int k1n = mod(-k1, n1);
@@ -368,9 +363,7 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
                     return SumDif{ar.add(bins[i2], bins[i2n]), ar.sub(bins[i2], bins[i2n])};
                 return i2 < i2n ? found->second : SumDif{found->second.sum, ComplexArith::neg(found->second.dif)};
             }};
-        const Signal out = second.pairedIn(ar, row);
-        for (int k2 = 0; k2 < n2; ++k2)
-            X[map.output(k1, k2)] = out[k2];
+        map.placeRow(X, k1, second.pairedIn(ar, row));
     }
     return X;
 }
