@@ -3,61 +3,25 @@
 // Free, the allocation failure path, and the table values.
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
+#include "alloc_probe.h"
+#include "dct4_api.h"
 #include "plan_arena.h"
 #include "plan_build.h"
 #include "plan_routines.h"
 #include "plan_tables.h"
+#include "test_support.h"
 #include "tvkcore.h"
-#include "dct4_api.h"
 #include "tvkgen.h"
-
-// ---- A counting allocator in front of tvkcore -------------------------------
-// The test program exports these, so the library's calls land here first.
-namespace {
-struct AllocatorProbe {
-    bool failNext = false;
-    int frees = 0;
-    void* lastFreed = nullptr;
-    int32_t cursorAtFree = 0;
-} probe;
-
-template <class Fn>
-Fn nextSymbol(const char* name)
-{
-    return reinterpret_cast<Fn>(dlsym(RTLD_NEXT, name));
-}
-} // namespace
-
-extern "C" void* tvkMalloc(uint32_t len)
-{
-    if (probe.failNext) {
-        probe.failNext = false;
-        return nullptr;
-    }
-    static auto real = nextSymbol<void* (*)(uint32_t)>("tvkMalloc");
-    return real(len);
-}
-
-extern "C" void tvkFree(void* ptr)
-{
-    ++probe.frees;
-    probe.lastFreed = ptr;
-    if (ptr != nullptr)
-        std::memcpy(&probe.cursorAtFree, ptr, sizeof probe.cursorAtFree);
-    static auto real = nextSymbol<void (*)(void*)>("tvkFree");
-    real(ptr);
-}
 
 namespace {
 
 using namespace tvkgen::dct4;
+using tvktest::probe;
 
 template <class Real>
 using Api = tvktest::Dct4Api<Real>;
@@ -71,23 +35,9 @@ int32_t sizeOf(int len)
 
 // A block of exactly `size` bytes at a chosen remainder modulo 32, with a
 // guard region behind it.
-struct GuardedBlock {
-    static constexpr size_t kGuard = 256;
+struct GuardedBlock : tvktest::OffsetArray<uint8_t> {
     static constexpr uint8_t kFill = 0xA5;
-    GuardedBlock(int32_t size, int remainder) : storage(size + kGuard + 64, kFill), size(size)
-    {
-        auto base = (reinterpret_cast<uintptr_t>(storage.data()) + 31) & ~uintptr_t{31};
-        mem = reinterpret_cast<uint8_t*>(base) + remainder;
-    }
-    bool guardIntact() const
-    {
-        for (size_t i = 0; i < kGuard; ++i)
-            if (mem[size + i] != kFill)
-                return false;
-        return true;
-    }
-    std::vector<uint8_t> storage;
-    int32_t size;
+    GuardedBlock(int32_t size, int remainder) : OffsetArray(size, remainder, kFill), mem(get()) {}
     uint8_t* mem;
 };
 
@@ -141,17 +91,9 @@ Ref newSourceNode(uint8_t* arena)
     return at;
 }
 
-TEST(Dct4Arena, CursorStartsOnTheNextBoundaryWithAGap)
-{
-    for (int remainder : {0, 1, 7, 31}) {
-        const ArenaBlock block(remainder);
-        EXPECT_EQ(arenaCursor(block.mem), 64 - remainder) << "remainder " << remainder;
-        EXPECT_EQ(reinterpret_cast<uintptr_t>(block.mem + arenaCursor(block.mem)) % 32, 0u);
-    }
-}
-
-// roundUp32 in wrapping 32-bit arithmetic; allocations of 32-byte steps on
-// 32-byte boundaries, and releases that mirror them.
+// The cursor starts on the next 32-byte boundary with a gap: 64 bytes past
+// a boundary. roundUp32 works in wrapping 32-bit arithmetic; allocations
+// take 32-byte steps on 32-byte boundaries, and releases mirror them.
 TEST(Dct4Arena, AllocationRoundsAndReleaseMirrors)
 {
     EXPECT_EQ(roundUp32(0), 0);
@@ -160,25 +102,28 @@ TEST(Dct4Arena, AllocationRoundsAndReleaseMirrors)
     EXPECT_EQ(roundUp32(INT32_MAX - 10), INT32_MIN) << "wraps like 32-bit arithmetic";
     EXPECT_EQ(roundUp32(-1), 0);
     EXPECT_EQ(cellBytes(3), 96);
-    ArenaBlock block(5);
-    const int32_t start = arenaCursor(block.mem);
-    EXPECT_EQ(arenaAlloc(block.mem, 0), start);
-    EXPECT_EQ(arenaAlloc(block.mem, 0), start);
-    int32_t expected = start;
-    for (int32_t bytes : {1, 31, 32, 33}) {
-        const Ref at = arenaAlloc(block.mem, bytes);
-        EXPECT_EQ(at, expected);
-        EXPECT_EQ(reinterpret_cast<uintptr_t>(block.mem + at) % 32, 0u);
-        expected += bytes <= 32 ? 32 : 64;
-        EXPECT_EQ(arenaCursor(block.mem), expected) << bytes << " bytes";
+    for (int remainder : {0, 1, 5, 7, 31}) {
+        ArenaBlock block(remainder);
+        const int32_t start = arenaCursor(block.mem);
+        EXPECT_EQ(start, 64 - remainder) << "remainder " << remainder;
+        EXPECT_EQ(arenaAlloc(block.mem, 0), start);
+        EXPECT_EQ(arenaAlloc(block.mem, 0), start);
+        int32_t expected = start;
+        for (int32_t bytes : {1, 31, 32, 33}) {
+            const Ref at = arenaAlloc(block.mem, bytes);
+            EXPECT_EQ(at, expected);
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(block.mem + at) % 32, 0u);
+            expected += bytes <= 32 ? 32 : 64;
+            EXPECT_EQ(arenaCursor(block.mem), expected) << bytes << " bytes";
+        }
+        // Releases are bookkeeping: order and block do not matter, sizes do.
+        EXPECT_EQ(arenaRelease(block.mem, kNone, 33), 64);
+        EXPECT_EQ(arenaRelease(block.mem, start, 1), 32);
+        EXPECT_EQ(arenaRelease(block.mem, kNone, 32), 32);
+        EXPECT_EQ(arenaRelease(block.mem, kNone, 31), 32);
+        EXPECT_EQ(arenaRelease(block.mem, kNone, 0), 0);
+        EXPECT_EQ(arenaCursor(block.mem), start);
     }
-    // Releases are bookkeeping: order and block do not matter, sizes do.
-    EXPECT_EQ(arenaRelease(block.mem, kNone, 33), 64);
-    EXPECT_EQ(arenaRelease(block.mem, start, 1), 32);
-    EXPECT_EQ(arenaRelease(block.mem, kNone, 32), 32);
-    EXPECT_EQ(arenaRelease(block.mem, kNone, 31), 32);
-    EXPECT_EQ(arenaRelease(block.mem, kNone, 0), 0);
-    EXPECT_EQ(arenaCursor(block.mem), start);
 }
 
 // An empty head answers kNone and stays empty on a kNone append; the first
@@ -291,7 +236,7 @@ TYPED_TEST(Dct4Plan, RefusedLengthsAndNullArguments)
     EXPECT_EQ(Api<TypeParam>::init(nullptr, 64, mem.data()), StatusNullPointer);
     EXPECT_EQ(Api<TypeParam>::init(&plan, 64, nullptr), StatusNullPointer);
     EXPECT_EQ(Api<TypeParam>::initAlloc(nullptr, 64), StatusNullPointer);
-    probe.frees = 0;
+    probe.reset();
     EXPECT_EQ(Api<TypeParam>::free(nullptr), StatusNullPointer);
     EXPECT_EQ(probe.frees, 0);
 }
@@ -322,7 +267,7 @@ TYPED_TEST(Dct4Plan, BuildFitsItsSizeAlignsEveryBlockAndFreeReturnsTheCursor)
             TreeFacts facts;
             walk(block.mem, root->head.arena, facts);
             EXPECT_TRUE(facts.aligned) << "len " << len << " at remainder " << remainder;
-            EXPECT_TRUE(block.guardIntact()) << "len " << len;
+            EXPECT_TRUE(block.guardIntact(GuardedBlock::kFill)) << "len " << len;
             // The rule counts 224 bytes too many in a two-stage plan and
             // 160 more per split level.
             const int32_t slack = root->kind == 6 ? 224 + 160 * facts.splits : 0;
@@ -351,16 +296,16 @@ TYPED_TEST(Dct4Plan, InitAllocAndFreeUseOneBlock)
         ASSERT_EQ(Api<TypeParam>::initAlloc(&plan, len), StatusOk);
         uint8_t* block = blockOf(&reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan)->head);
         const int32_t start = 64 - static_cast<int32_t>(reinterpret_cast<uintptr_t>(block) % 32);
-        probe.frees = 0;
+        probe.reset();
         EXPECT_EQ(Api<TypeParam>::free(plan), StatusOk);
         EXPECT_EQ(probe.frees, 1);
         EXPECT_EQ(probe.lastFreed, block);
-        EXPECT_EQ(probe.cursorAtFree, start) << "Free brings the cursor back, len " << len;
+        EXPECT_EQ(probe.firstWordAtFree, start) << "Free brings the cursor back, len " << len;
     }
     // An exhausted allocator: a null pointer, and the null block is freed.
     typename Api<TypeParam>::Plan* plan = nullptr;
     probe.failNext = true;
-    probe.frees = 0;
+    probe.reset();
     EXPECT_EQ(Api<TypeParam>::initAlloc(&plan, 1024), StatusNullPointer);
     EXPECT_EQ(plan, nullptr);
     EXPECT_EQ(probe.frees, 1);

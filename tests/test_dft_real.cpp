@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <limits>
-#include <thread>
 #include <vector>
 
 #include "kernel_checks.h"
@@ -35,22 +34,12 @@ TEST_P(RealKernelTest, CallFrame) { expectCallFrame(k); }
 TEST(RealThreads, ConcurrentCallsGiveTheBytesOfOneThread)
 {
     const std::vector<RealKernel> kernels = allRealKernels();
-    using Outputs = std::vector<std::vector<unsigned char>>;
-    const auto runAll = [&](Outputs& outs) {
+    EXPECT_TRUE(threadsGiveTheResultOfOne([&](int) {
+        std::vector<std::vector<unsigned char>> outputs;
         for (const RealKernel& k : kernels)
-            outs.push_back(runKernel(k, randomInput(k, 6), ScaleDivBySqrtN));
-    };
-    Outputs serial;
-    runAll(serial);
-    std::vector<Outputs> parallel(4);
-    std::vector<std::thread> threads;
-    for (Outputs& outs : parallel)
-        threads.emplace_back([&runAll, &outs] { runAll(outs); });
-    for (std::thread& t : threads)
-        t.join();
-    for (const Outputs& outs : parallel)
-        for (size_t i = 0; i < kernels.size(); ++i)
-            EXPECT_EQ(outs[i], serial[i]) << kernels[i].name();
+            outputs.push_back(runKernel(k, randomInput(k, 6), ScaleDivBySqrtN));
+        return outputs;
+    }));
 }
 
 TEST_P(RealKernelTest, AgreesWithTheDefinition)

@@ -1,9 +1,10 @@
-// Checks that every kernel on complex or real data shares: the call frame
-// (the failing calls and their order, any address and in place, the size
-// dispatcher) and its values against the long-double definition. `Kernel`
-// has run(src, dst, flag), runDispatcher(src, dst, len, flag), size and its
-// cells, with definition(k, input) and scaleOf(k, flag) beside it; arrays
-// are bytes of its element type.
+// Checks that every kernel with a scale flag shares (complex, real data,
+// Walsh-Hadamard): the call frame (the failing calls and their order, any
+// address and in place, the size dispatcher) and its values against the
+// long-double definition. `Kernel` has run(src, dst, flag),
+// runDispatcher(src, dst, len, flag), size and its cells, with
+// definition(k, input) and scaleOf(k, flag) beside it; arrays are bytes of
+// its element type.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <span>
 #include <vector>
 
 #include "test_support.h"
@@ -20,7 +22,8 @@
 namespace tvktest {
 
 // A null pointer outranks a bad flag, also beside a misaligned other
-// pointer; no failing call touches src or dst.
+// pointer, and a bad flag is reported at any address; no failing call
+// touches src or dst.
 template <class Kernel>
 void expectFailedCallsTouchNothing(const Kernel& k, const std::vector<unsigned char>& input, size_t outBytes)
 {
@@ -30,10 +33,12 @@ void expectFailedCallsTouchNothing(const Kernel& k, const std::vector<unsigned c
     const auto dstBefore = dst.snapshot(32);
     for (int flag : kBadFlags) {
         EXPECT_EQ(k.run(src.get(), dst.get(), flag), StatusScaleFlagError) << "flag " << flag;
+        EXPECT_EQ(k.run(src.get() + 8, dst.get() + 4, flag), StatusScaleFlagError) << "flag " << flag;
         EXPECT_EQ(k.run(nullptr, dst.get(), flag), StatusNullPointer);
         EXPECT_EQ(k.run(src.get(), nullptr, flag), StatusNullPointer);
         EXPECT_EQ(k.run(nullptr, dst.get() + 4, flag), StatusNullPointer);
-        EXPECT_EQ(k.run(src.get() + 8, nullptr, flag), StatusNullPointer);
+        for (int offset : {1, 8})
+            EXPECT_EQ(k.run(src.get() + offset, nullptr, flag), StatusNullPointer);
     }
     EXPECT_EQ(k.run(nullptr, nullptr, ScaleNoDivide), StatusNullPointer);
     EXPECT_EQ(k.run(nullptr, dst.get(), ScaleNoDivide), StatusNullPointer);
@@ -78,19 +83,26 @@ void expectSameBytesAtEveryAddressAndInPlace(const Kernel& k, const std::vector<
     }
 }
 
+// Lengths the size dispatchers refuse.
+inline constexpr int kBadLengths[] = {1, 0, -1, 65, INT_MIN, INT_MAX};
+
 // The dispatcher tests the length before anything else, then gives the
 // kernel's bytes and statuses.
 template <class Kernel>
-void expectDispatcherRoutesToTheKernel(const Kernel& k, const std::vector<unsigned char>& input, size_t outBytes)
+void expectDispatcherRoutesToTheKernel(const Kernel& k, const std::vector<unsigned char>& input, size_t outBytes,
+                                       std::span<const int> badLengths)
 {
     std::vector<unsigned char> viaDispatcher(outBytes);
     ASSERT_EQ(k.runDispatcher(input.data(), viaDispatcher.data(), k.size, ScaleDivBySqrtN), StatusOk);
     EXPECT_EQ(viaDispatcher, runKernel(k, input, ScaleDivBySqrtN));
-    for (int len : {1, 0, -1, 65, INT_MIN, INT_MAX})
+    for (int len : badLengths)
         EXPECT_EQ(k.runDispatcher(nullptr, nullptr, len, 3), StatusSizeError) << "len " << len;
     std::vector<unsigned char> untouched(outBytes, 0x5A), dst = untouched;
-    EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, 3), StatusScaleFlagError);
-    EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, 3), StatusNullPointer);
+    for (int flag : kBadFlags) {
+        EXPECT_EQ(k.runDispatcher(input.data(), dst.data(), k.size, flag), StatusScaleFlagError) << "flag " << flag;
+        EXPECT_EQ(k.runDispatcher(nullptr, dst.data(), k.size, flag), StatusNullPointer);
+        EXPECT_EQ(k.runDispatcher(input.data(), nullptr, k.size, flag), StatusNullPointer);
+    }
     EXPECT_EQ(dst, untouched);
 }
 
@@ -99,7 +111,7 @@ void expectCallFrame(const Kernel& k)
 {
     const size_t outBytes = k.outCells() * k.realBytes();
     expectFailedCallsTouchNothing(k, randomInput(k, 1), outBytes);
-    expectDispatcherRoutesToTheKernel(k, randomInput(k, 2), outBytes);
+    expectDispatcherRoutesToTheKernel(k, randomInput(k, 2), outBytes, kBadLengths);
     expectSameBytesAtEveryAddressAndInPlace(k, randomInput(k, 4), outBytes);
 }
 

@@ -3,6 +3,7 @@
 // the direct DFT in long double.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstddef>
@@ -11,6 +12,8 @@
 #include <numbers>
 #include <random>
 #include <string>
+#include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "tvkgen.h"
@@ -62,24 +65,30 @@ inline constexpr int kGoodFlags[] = {1, 2, 4, 8};
 // Byte offsets from a 16-byte boundary that the alignment tests use.
 inline constexpr int kOffsets[] = {0, 4, 8, 1, 2, 3};
 
-// `count` elements of T placed `offset` bytes past a 16-byte boundary, with a
-// guard region behind them.
+// `count` elements of T placed `offset` bytes past a 32-byte boundary, with
+// kGuard guard bytes behind them; all of it holds `fill` at first.
 template <class T>
 class OffsetArray {
 public:
-    OffsetArray(std::size_t count, int offset) : count_(count), storage_(count * sizeof(T) + offset + 64 + 16)
+    static constexpr std::size_t kGuard = 256;
+    OffsetArray(std::size_t count, int offset, unsigned char fill = 0)
+        : count_(count), storage_(count * sizeof(T) + offset + kGuard + 32, fill)
     {
         auto base = reinterpret_cast<std::uintptr_t>(storage_.data());
-        base = (base + 15) & ~std::uintptr_t{15};
+        base = (base + 31) & ~std::uintptr_t{31};
         data_ = reinterpret_cast<unsigned char*>(base) + offset;
     }
     T* get() { return reinterpret_cast<T*>(data_); }
     std::size_t bytes() const { return count_ * sizeof(T); }
-    void fillBytes(unsigned char value) { std::memset(data_, value, bytes() + 32); }
+    void fillBytes(unsigned char value) { std::memset(data_, value, bytes() + kGuard); }
     void copyFrom(const void* src) { std::memcpy(data_, src, bytes()); }
     std::vector<unsigned char> snapshot(std::size_t extra = 0) const
     {
         return std::vector<unsigned char>(data_, data_ + bytes() + extra);
+    }
+    bool guardIntact(unsigned char fill) const
+    {
+        return std::all_of(data_ + bytes(), data_ + bytes() + kGuard, [fill](unsigned char b) { return b == fill; });
     }
 
 private:
@@ -104,6 +113,21 @@ struct ByLabel {
         return label(info.param);
     }
 };
+
+// Whether `work(thread)` in four threads at once gives in each the result
+// of a single run on its own.
+template <class Work>
+bool threadsGiveTheResultOfOne(Work work)
+{
+    const auto alone = work(0);
+    std::vector<std::remove_const_t<decltype(alone)>> results(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&results, &work, t] { results[t] = work(t); });
+    for (std::thread& t : threads)
+        t.join();
+    return std::ranges::all_of(results, [&alone](const auto& result) { return result == alone; });
+}
 
 template <class T>
 bool sameBits(const T* a, const T* b, std::size_t count)
