@@ -36,23 +36,6 @@ TEST_P(ComplexKernelTest, ImpulseGivesTheScaleConstant)
     expectUnitGivesTheFactor(k, takesChirpForm(k) ? 0x1p-21 : 0);
 }
 
-// The factor is one last product: the result under any flag is the
-// unscaled result times the constant, rounded once.
-TEST_P(ComplexKernelTest, ScaleIsTheLastProduct)
-{
-    const auto input = randomInput(k, 4), unscaled = runKernel(k, input, ScaleNoDivide);
-    for (int flag : kGoodFlags) {
-        const double s = scaleOf(k, flag);
-        std::vector<unsigned char> expected(unscaled.size());
-        for (int i = 0; i < k.outCells(); ++i) {
-            const long double u = numberAt(k, unscaled.data(), i);
-            setNumber(k, expected.data(), i,
-                      k.is64() ? static_cast<double>(u) * s : static_cast<float>(u) * static_cast<float>(s));
-        }
-        EXPECT_EQ(runKernel(k, input, flag), expected) << "flag " << flag;
-    }
-}
-
 // Against a long-double direct DFT for inputs in [-1, 1], and for an
 // impulse at x[1], which gives the roots of unity W^k, each of modulus 1:
 // every twiddle, spectrum and chirp constant of the kernel is exercised.

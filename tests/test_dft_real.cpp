@@ -50,18 +50,6 @@ TEST_P(RealKernelTest, AgreesWithTheDefinition)
 
 TEST_P(RealKernelTest, UnitAndZeroInputsGiveTheFactorAndPositiveZeros) { expectUnitGivesTheFactor(k); }
 
-// Flags that pick the same factor give the same bytes: 2 and 8 forward, 1
-// and 8 inverse, 1 and 2 in the Hartley kernels.
-TEST_P(RealKernelTest, FlagsOfOneFactorGiveOneResult)
-{
-    const auto input = randomInput(k, 5);
-    for (int first : kGoodFlags)
-        for (int second : kGoodFlags)
-            if (first < second && scaleOf(k, first) == scaleOf(k, second)) {
-                EXPECT_EQ(runKernel(k, input, first), runKernel(k, input, second)) << first << ", " << second;
-            }
-}
-
 // The kernels that read a signal: forward and Hartley.
 using RealFromSignalTest = RealKernelTest;
 
@@ -83,36 +71,13 @@ TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPair)
     expectRoundTrips(k, forward ? realKernel(RealFamily::Inverse, k.type, k.size, k.layout) : k, bound(16));
 }
 
-// The tests of one size, type and direction across layouts, run from its
-// CCS kernel.
-using RealLayoutTest = RealKernelTest;
-
-// The layouts are one graph: for one signal every forward layout holds the
-// bits of the CCS values, and for one spectrum every reader gives the bytes
-// of the CCS reader.
-TEST_P(RealLayoutTest, EveryLayoutHoldsTheSameBits)
-{
-    const bool forward = k.family == RealFamily::Forward;
-    const auto input = randomInput(k, 3), output = runKernel(k, input, ScaleDivBySqrtN);
-    for (Layout l : {Layout::Pack, Layout::Perm}) {
-        const RealKernel other = realKernel(k.family, k.type, k.size, l);
-        ASSERT_NE(other.fn, nullptr);
-        // The CCS spectrum moved into the cells of layout l.
-        std::vector<long double> cells(layoutCells(l, k.size));
-        toLayout(numbersOf(k, forward ? output : input), l, k.size, cells);
-        const auto moved = bytesOf(k, cells);
-        if (forward) {
-            EXPECT_EQ(runKernel(other, input, ScaleDivBySqrtN), moved) << layoutName(l);
-        } else {
-            EXPECT_EQ(runKernel(other, moved, ScaleDivBySqrtN), output) << layoutName(l);
-        }
-    }
-}
+// The forward and inverse CCS kernels.
+using RealCcsTest = RealKernelTest;
 
 // CCS cells 1 and (even N) N+1, I[0] and I[N/2], are constants: a forward
 // kernel stores +0.0 there whatever its input (NaN, infinity), and an
 // inverse kernel never reads them (NaN or infinity give the bytes of +0.0).
-TEST_P(RealLayoutTest, CcsEdgeImaginaryCellsAreConstant)
+TEST_P(RealCcsTest, CcsEdgeImaginaryCellsAreConstant)
 {
     const bool forward = k.family == RealFamily::Forward;
     const std::vector<int> edges = k.size % 2 ? std::vector<int>{1} : std::vector<int>{1, k.size + 1};
@@ -137,6 +102,6 @@ bool isCcsDft(const RealKernel& k) { return k.family != RealFamily::Hartley && k
 
 INSTANTIATE_TEST_SUITE_P(Built, RealKernelTest, ValuesIn(allRealKernels()), ByLabel());
 INSTANTIATE_TEST_SUITE_P(Built, RealFromSignalTest, ValuesIn(kernelsWhere(allRealKernels(), readsASignal)), ByLabel());
-INSTANTIATE_TEST_SUITE_P(Built, RealLayoutTest, ValuesIn(kernelsWhere(allRealKernels(), isCcsDft)), ByLabel());
+INSTANTIATE_TEST_SUITE_P(Built, RealCcsTest, ValuesIn(kernelsWhere(allRealKernels(), isCcsDft)), ByLabel());
 
 } // namespace
