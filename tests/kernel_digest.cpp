@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "complex_kernels.h"
+#include "dct4_api.h"
 #include "digest_inputs.h"
 #include "real_kernels.h"
 
@@ -105,19 +106,20 @@ void digestWhtKernels(Digests& out, const char* type, Dispatcher dispatcher)
 // lengths, and every length of one and of two split levels. A plan reads
 // all of src before it writes dst only through its work block, so it has no
 // in-place path; it takes no flag.
-template <class Real, class Plan, class GetSize, class Init, class Run>
-void digestDct4(Digests& out, const char* type, GetSize getSize, Init init, Run run)
+template <class Real>
+void digestDct4(Digests& out, const char* type)
 {
+    using Api = Dct4Api<Real>;
     for (int len = 2; len <= 131072; len *= 2) {
         const std::string name = "tvkgDCT4_" + std::to_string(len) + "_" + type;
         int32_t size = 0;
-        require(getSize(len, &size), name + " size");
+        require(Api::getSize(len, &size), name + " size");
         std::vector<uint8_t> mem(size);
-        Plan* plan = nullptr;
-        require(init(&plan, len, mem.data()), name + " init");
+        typename Api::Plan* plan = nullptr;
+        require(Api::init(&plan, len, mem.data()), name + " init");
         const size_t bytes = len * sizeof(Real);
         const auto call = [&](const void* in, void* result, int, unsigned) {
-            return run(static_cast<const Real*>(in), static_cast<Real*>(result), plan);
+            return Api::run(static_cast<const Real*>(in), static_cast<Real*>(result), plan);
         };
         digestPaths(out, name, {Path::Aligned, Path::Unaligned}, 2, {0}, sizeof(Real) == 8, len, bytes, bytes, call);
     }
@@ -173,8 +175,8 @@ int main(int argc, char** argv)
     digestKernels(digests, allRealKernels());
     digestWhtKernels<Tvk32f>(digests, "32f", tvkgWHT_32f);
     digestWhtKernels<Tvk64f>(digests, "64f", tvkgWHT_64f);
-    digestDct4<Tvk32f, TvkgDCT4Plan_32f>(digests, "32f", tvkgDCT4GetSize_32f, tvkgDCT4Init_32f, tvkgDCT4_32f);
-    digestDct4<Tvk64f, TvkgDCT4Plan_64f>(digests, "64f", tvkgDCT4GetSize_64f, tvkgDCT4Init_64f, tvkgDCT4_64f);
+    digestDct4<Tvk32f>(digests, "32f");
+    digestDct4<Tvk64f>(digests, "64f");
     if (files.count("--write")) {
         std::ofstream out(files["--write"]);
         for (const auto& [name, hash] : digests)

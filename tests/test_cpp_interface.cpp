@@ -8,36 +8,23 @@
 #include <complex>
 #include <vector>
 
+#include "dct4_api.h"
 #include "test_support.h"
 #include "tvkgen.hpp"
 
 namespace {
 
-// The C functions each wrapper must call, named here for both precisions.
-template <class T>
-struct CFunctions;
-template <>
-struct CFunctions<float> {
-    static constexpr std::array dft = {tvkgDFTFwd_CToC_32fc, tvkgDFTInv_CToC_32fc};
-    static constexpr std::array forward = {tvkgDFTFwd_RToCCS_32f, tvkgDFTFwd_RToPack_32f, tvkgDFTFwd_RToPerm_32f};
-    static constexpr std::array inverse = {tvkgDFTInv_CCSToR_32f, tvkgDFTInv_PackToR_32f, tvkgDFTInv_PermToR_32f};
-    static constexpr auto hartley = tvkgHartley_32f;
-    static constexpr auto wht = tvkgWHT_32f;
-    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_32f;
-    static constexpr auto dct4 = tvkgDCT4_32f;
-    static constexpr auto dct4Free = tvkgDCT4Free_32f;
-};
-template <>
-struct CFunctions<double> {
-    static constexpr std::array dft = {tvkgDFTFwd_CToC_64fc, tvkgDFTInv_CToC_64fc};
-    static constexpr std::array forward = {tvkgDFTFwd_RToCCS_64f, tvkgDFTFwd_RToPack_64f, tvkgDFTFwd_RToPerm_64f};
-    static constexpr std::array inverse = {tvkgDFTInv_CCSToR_64f, tvkgDFTInv_PackToR_64f, tvkgDFTInv_PermToR_64f};
-    static constexpr auto hartley = tvkgHartley_64f;
-    static constexpr auto wht = tvkgWHT_64f;
-    static constexpr auto dct4InitAlloc = tvkgDCT4InitAlloc_64f;
-    static constexpr auto dct4 = tvkgDCT4_64f;
-    static constexpr auto dct4Free = tvkgDCT4Free_64f;
-};
+// The C function `family` of T's precision ("_32f", "_64fc", ...), from the
+// list of exports, called on raw arrays.
+template <class T, class... Args>
+TvkStatus callC(const std::string& family, bool complex, const void* src, void* dst, Args... args)
+{
+    constexpr bool is64 = sizeof(T) == 8;
+    void* fn = tvktest::exportedFunction(family + (is64 ? "_64f" : "_32f") + (complex ? "c" : ""));
+    EXPECT_NE(fn, nullptr) << family;
+    return complex ? tvktest::callAs<Tvk32fc, Tvk64fc>(is64, fn, src, dst, args...)
+                   : tvktest::callAs<Tvk32f, Tvk64f>(is64, fn, src, dst, args...);
+}
 
 template <class T>
 bool sameBytes(const std::vector<T>& a, const std::vector<T>& b)
@@ -65,7 +52,6 @@ TYPED_TEST_SUITE(CppInterface, RealTypes);
 TYPED_TEST(CppInterface, EveryWrapperGivesTheBytesOfItsCFunction)
 {
     using T = TypeParam;
-    using C = CFunctions<T>;
     constexpr std::size_t n = 12;
     const auto x = tvktest::randomReals<T>(2 * n, 1);
     const tvkgen::scale sqrt = tvkgen::scale::by_sqrt_n;
@@ -80,40 +66,40 @@ TYPED_TEST(CppInterface, EveryWrapperGivesTheBytesOfItsCFunction)
     for (bool inverse : {false, true})
         for (const auto& [wrapperScale, flag] : scales) {
             const tvkgen::scale scale = wrapperScale; // clang before 16 captures no structured binding
-            C::dft[inverse](tvkgen::detail::cx(z.data()), tvkgen::detail::cx(want.data()), n, flag);
+            callC<T>(inverse ? "tvkgDFTInv_CToC" : "tvkgDFTFwd_CToC", true, z.data(), want.data(), int{n}, flag);
             expectBothWays<n, n>(z, want, [&](const auto& in, auto&& out) {
                 inverse ? tvkgen::dft_inverse(in, out, scale) : tvkgen::dft_forward(in, out, scale);
             });
         }
 
     const std::vector<T> r(x.begin(), x.begin() + n);
-    const auto layoutCase = [&](auto layout, int index) {
+    const auto layoutCase = [&](auto layout, const std::string& name) {
         constexpr std::size_t cells = tvkgen::spectrum_cells<decltype(layout)>(n);
         std::vector<T> spectrum(cells), back(n);
-        C::forward[index](r.data(), spectrum.data(), n, ScaleDivBySqrtN);
+        callC<T>("tvkgDFTFwd_RTo" + name, false, r.data(), spectrum.data(), int{n}, ScaleDivBySqrtN);
         expectBothWays<n, cells>(r, spectrum,
                                  [&](const auto& in, auto&& out) { tvkgen::rfft(layout, in, out, sqrt); });
-        C::inverse[index](spectrum.data(), back.data(), n, ScaleDivBySqrtN);
+        callC<T>("tvkgDFTInv_" + name + "ToR", false, spectrum.data(), back.data(), int{n}, ScaleDivBySqrtN);
         expectBothWays<cells, n>(spectrum, back,
                                  [&](const auto& in, auto&& out) { tvkgen::irfft(layout, in, out, sqrt); });
     };
-    layoutCase(tvkgen::ccs, 0);
-    layoutCase(tvkgen::pack, 1);
-    layoutCase(tvkgen::perm, 2);
+    layoutCase(tvkgen::ccs, "CCS");
+    layoutCase(tvkgen::pack, "Pack");
+    layoutCase(tvkgen::perm, "Perm");
     EXPECT_EQ(tvkgen::spectrum_cells<tvkgen::ccs_t>(7), 8u);
     EXPECT_EQ(tvkgen::spectrum_cells<tvkgen::perm_t>(7), 7u);
 
     std::vector<T> h(n), w(16), d(16);
-    C::hartley(r.data(), h.data(), n, ScaleDivBySqrtN);
+    callC<T>("tvkgHartley", false, r.data(), h.data(), int{n}, ScaleDivBySqrtN);
     expectBothWays<n, n>(r, h, [&](const auto& in, auto&& out) { tvkgen::hartley(in, out, sqrt); });
     const std::vector<T> r16(x.begin(), x.begin() + 16);
-    C::wht(r16.data(), w.data(), 4, ScaleDivBySqrtN, nullptr);
+    callC<T>("tvkgWHT", false, r16.data(), w.data(), 4, ScaleDivBySqrtN, static_cast<std::uint8_t*>(nullptr));
     expectBothWays<16, 16>(r16, w, [&](const auto& in, auto&& out) { tvkgen::wht(in, out, sqrt); });
 
-    typename tvkgen::detail::Api<T>::Plan* plan = nullptr;
-    ASSERT_EQ(C::dct4InitAlloc(&plan, 16), StatusOk);
-    C::dct4(r16.data(), d.data(), plan);
-    C::dct4Free(plan);
+    typename tvktest::Dct4Api<T>::Plan* plan = nullptr;
+    ASSERT_EQ(tvktest::Dct4Api<T>::initAlloc(&plan, 16), StatusOk);
+    tvktest::Dct4Api<T>::run(r16.data(), d.data(), plan);
+    tvktest::Dct4Api<T>::free(plan);
     std::vector<T> owned(16), lent(16);
     tvkgen::dct4_plan<T>(16)(r16, owned);
     alignas(16) std::uint8_t arena[1 << 12];

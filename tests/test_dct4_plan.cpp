@@ -38,7 +38,7 @@ int32_t sizeOf(int len)
 struct GuardedBlock : tvktest::OffsetArray<uint8_t> {
     static constexpr uint8_t kFill = 0xA5;
     GuardedBlock(int32_t size, int remainder) : OffsetArray(size, remainder, kFill), mem(get()) {}
-    uint8_t* mem;
+    uint8_t* const mem;
 };
 
 // Every record of the tree, reached through the children lists.
@@ -127,11 +127,15 @@ TEST(Dct4Arena, AllocationRoundsAndReleaseMirrors)
 }
 
 // An empty head answers kNone and stays empty on a kNone append; the first
-// entry goes into the head, later ones get cells of their own.
-TEST(Dct4Lists, AppendFillsTheHeadFirstThenAddsCells)
+// entry goes into the head, later ones get cells of their own. Destroying
+// the listed nodes, freeing the cells and releasing the head bring the
+// cursor back.
+TEST(Dct4Lists, AppendDestroyFreeAndRelease)
 {
     ArenaBlock block(3);
-    ListCell* head = listInit(block.mem, arenaAlloc(block.mem, kListCellBytes));
+    const int32_t start = arenaCursor(block.mem);
+    const Ref headAt = arenaAlloc(block.mem, kListCellBytes);
+    ListCell* head = listInit(block.mem, headAt);
     const Ref a = newSourceNode(block.mem), b = newSourceNode(block.mem), c = newSourceNode(block.mem);
     const int32_t cursor = arenaCursor(block.mem);
     EXPECT_EQ(listNth(head, 0), kNone);
@@ -149,18 +153,6 @@ TEST(Dct4Lists, AppendFillsTheHeadFirstThenAddsCells)
     EXPECT_EQ(listNth(head, 2), c);
     EXPECT_EQ(listNth(head, 4), kNone) << "the list ends before that cell";
     EXPECT_EQ(listNth(head, -2), kNone);
-}
-
-// Destroying the listed nodes, freeing the cells and releasing the head
-// bring the cursor back.
-TEST(Dct4Lists, DestroyFreeAndReleaseReturnTheCursor)
-{
-    ArenaBlock block(17);
-    const int32_t start = arenaCursor(block.mem);
-    const Ref headAt = arenaAlloc(block.mem, kListCellBytes);
-    ListCell* head = listInit(block.mem, headAt);
-    for (int i = 0; i < 3; ++i)
-        listAppend(head, newSourceNode(block.mem));
     destroyListedNodes(head);
     listFreeCells(head);
     arenaRelease(block.mem, headAt, kListCellBytes);

@@ -39,7 +39,7 @@ void* const kFaultingBuffer = reinterpret_cast<void*>(uintptr_t{8});
 // A kernel of order `size` with the buffer it is handed (null: its own).
 // Every run checks the allocations of the call: a buffered order given no
 // buffer makes one tvkMalloc of the table's size and one tvkFree of that
-// block when it succeeds; any other call allocates nothing.
+// 16-byte aligned block when it succeeds; any other call allocates nothing.
 struct WhtKernel {
     bool wide;
     int size;
@@ -79,6 +79,7 @@ struct WhtKernel {
         EXPECT_EQ(probe.frees, allocations) << "status " << status;
         if (allocations) {
             EXPECT_EQ(probe.lastBytes, static_cast<uint32_t>(bufferBytes()));
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(probe.lastBlock.load()) % 16, 0u) << "tvkMalloc's block";
             EXPECT_NE(probe.lastBlock.load(), nullptr);
             EXPECT_EQ(probe.lastFreed.load(), probe.lastBlock.load());
         }

@@ -236,13 +236,6 @@ std::string checkArrays(const Export& e, const Call& c, int n, TvkStatus expecte
     return "";
 }
 
-std::string checkVersion(const Export& e)
-{
-    const auto version = reinterpret_cast<const LibVersion* (*)()>(e.fn);
-    const LibVersion* v = version();
-    return v && v == version() ? "" : "version record moved";
-}
-
 // The size pointer has no null test by design: a null one is passed only
 // with an order out of range, where nothing is stored.
 std::string checkWhtBufferSize(const Export& e, const Call& c)
@@ -313,7 +306,6 @@ std::string checkCall(const Call& c)
     const bool nulls = c.nullSrc || c.nullDst;
     const TvkStatus frame = nulls ? StatusNullPointer : goodFlag(c.flag) ? StatusOk : StatusScaleFlagError;
     switch (e.shape) {
-    case Shape::VERSION: return checkVersion(e);
     case Shape::WHT_BUFFER_SIZE: return checkWhtBufferSize(e, c);
     case Shape::DCT4:
         return e.realBytes() == 4 ? checkDct4<Tvk32f, TvkgDCT4Plan_32f>(e, c)
