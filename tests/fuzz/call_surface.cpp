@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "test_support.h"
 #include "tvkcore.h"
 #include "tvkgen.h"
 
@@ -124,36 +125,10 @@ Call decode(const uint8_t* data, size_t size)
 
 bool goodFlag(int flag) { return flag == 1 || flag == 2 || flag == 4 || flag == 8; }
 
-// An array `offset` bytes past a 16-byte boundary with guard bytes around.
-class Guarded {
-public:
-    static constexpr size_t kGuard = 64;
-    Guarded(size_t bytes, int offset) : bytes_(bytes), mem_(bytes + 2 * kGuard + 32, 0xE7)
-    {
-        auto base = reinterpret_cast<uintptr_t>(mem_.data()) + kGuard;
-        base = (base + 15) & ~uintptr_t{15};
-        at_ = reinterpret_cast<uint8_t*>(base) + offset;
-    }
-    uint8_t* get() { return at_; }
-    size_t bytes() const { return bytes_; }
-    const std::vector<uint8_t>& all() const { return mem_; }
-    std::vector<uint8_t> contents() const { return {at_, at_ + bytes_}; }
-    // The first byte outside the first `bytes` of the array that differs
-    // from `before` (all() at an earlier time), as an offset from the
-    // array; none if every one is the same.
-    std::optional<long> changedOutside(const std::vector<uint8_t>& before, size_t bytes) const
-    {
-        const size_t from = static_cast<size_t>(at_ - mem_.data());
-        for (size_t i = 0; i < before.size(); ++i)
-            if ((i < from || i >= from + bytes) && mem_[i] != before[i])
-                return static_cast<long>(i) - static_cast<long>(from);
-        return std::nullopt;
-    }
-
-private:
-    size_t bytes_;
-    std::vector<uint8_t> mem_;
-    uint8_t* at_;
+// An array `offset` bytes past a 32-byte boundary with guard bytes around,
+// all of a value no kernel writes by chance.
+struct Guarded : tvktest::OffsetArray<uint8_t> {
+    Guarded(size_t bytes, int offset) : OffsetArray(bytes, offset, 0xE7) {}
 };
 
 void fill(uint8_t* p, size_t bytes, const Call& c)
@@ -164,19 +139,13 @@ void fill(uint8_t* p, size_t bytes, const Call& c)
 
 // Calls through the exact function types of the exports (a call through
 // another pointer type is undefined, whatever the ABI makes of it).
-template <class T, class... Tail>
-TvkStatus callAs(void (*fn)(), const void* src, void* dst, Tail... tail)
-{
-    return reinterpret_cast<TvkStatus (*)(const T*, T*, Tail...)>(fn)(static_cast<const T*>(src), static_cast<T*>(dst),
-                                                                         tail...);
-}
-
 template <class... Tail>
 TvkStatus call(const Export& e, const void* src, void* dst, Tail... tail)
 {
+    void* const fn = reinterpret_cast<void*>(e.fn);
     if (e.type.ends_with("c"))
-        return e.realBytes() == 4 ? callAs<Tvk32fc>(e.fn, src, dst, tail...) : callAs<Tvk64fc>(e.fn, src, dst, tail...);
-    return e.realBytes() == 4 ? callAs<Tvk32f>(e.fn, src, dst, tail...) : callAs<Tvk64f>(e.fn, src, dst, tail...);
+        return tvktest::callAs<Tvk32fc, Tvk64fc>(e.realBytes() == 8, fn, src, dst, tail...);
+    return tvktest::callAs<Tvk32f, Tvk64f>(e.realBytes() == 8, fn, src, dst, tail...);
 }
 
 // One run of a frame call: the entry's function on (src, dst) for size n.
@@ -231,7 +200,7 @@ std::string checkArrays(const Export& e, const Call& c, int n, TvkStatus expecte
     // The aligned out-of-place call gives the same bytes.
     Guarded src0(inBytes, 0), dst0(outBytes, 0);
     fill(src0.get(), inBytes, c);
-    if (run(src0.get(), dst0.get()) != StatusOk || !sameNumbers(dst0.contents(), result, e.realBytes()))
+    if (run(src0.get(), dst0.get()) != StatusOk || !sameNumbers(dst0.snapshot(), result, e.realBytes()))
         return std::string(e.name) + ": another address or in place gives other bytes";
     return "";
 }
@@ -297,7 +266,7 @@ std::string checkDct4(const Export& e, const Call& c)
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(a.get()), plan);
     runPlan(reinterpret_cast<const Real*>(src.get()), reinterpret_cast<Real*>(b.get()), owned);
     freePlan(owned);
-    return a.contents() == b.contents() ? "" : std::string(e.name) + ": InitAlloc's plan gives other bytes";
+    return a.snapshot() == b.snapshot() ? "" : std::string(e.name) + ": InitAlloc's plan gives other bytes";
 }
 
 std::string checkCall(const Call& c)

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <numbers>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -65,16 +66,16 @@ inline constexpr int kGoodFlags[] = {1, 2, 4, 8};
 // Byte offsets from a 16-byte boundary that the alignment tests use.
 inline constexpr int kOffsets[] = {0, 4, 8, 1, 2, 3};
 
-// `count` elements of T placed `offset` bytes past a 32-byte boundary, with
-// kGuard guard bytes behind them; all of it holds `fill` at first.
+// `count` elements of T placed `offset` bytes past a 32-byte boundary
+// between kGuard guard bytes on either side; all of it holds `fill` at first.
 template <class T>
 class OffsetArray {
 public:
     static constexpr std::size_t kGuard = 256;
     OffsetArray(std::size_t count, int offset, unsigned char fill = 0)
-        : count_(count), storage_(count * sizeof(T) + offset + kGuard + 32, fill)
+        : count_(count), storage_(count * sizeof(T) + offset + 2 * kGuard + 32, fill)
     {
-        auto base = reinterpret_cast<std::uintptr_t>(storage_.data());
+        auto base = reinterpret_cast<std::uintptr_t>(storage_.data()) + kGuard;
         base = (base + 31) & ~std::uintptr_t{31};
         data_ = reinterpret_cast<unsigned char*>(base) + offset;
     }
@@ -89,6 +90,19 @@ public:
     bool guardIntact(unsigned char fill) const
     {
         return std::all_of(data_ + bytes(), data_ + bytes() + kGuard, [fill](unsigned char b) { return b == fill; });
+    }
+    // Every byte, the guards' included.
+    const std::vector<unsigned char>& all() const { return storage_; }
+    // The first byte outside the first `bytes` of the array that differs
+    // from `before` (all() at an earlier time), as an offset from the
+    // array; none if every one is the same.
+    std::optional<long> changedOutside(const std::vector<unsigned char>& before, std::size_t bytes) const
+    {
+        const auto from = static_cast<std::size_t>(data_ - storage_.data());
+        for (std::size_t i = 0; i < before.size(); ++i)
+            if ((i < from || i >= from + bytes) && storage_[i] != before[i])
+                return static_cast<long>(i) - static_cast<long>(from);
+        return std::nullopt;
     }
 
 private:
