@@ -87,10 +87,6 @@ public:
     {
         return std::vector<unsigned char>(data_, data_ + bytes() + extra);
     }
-    bool guardIntact(unsigned char fill) const
-    {
-        return std::all_of(data_ + bytes(), data_ + bytes() + kGuard, [fill](unsigned char b) { return b == fill; });
-    }
     // Every byte, the guards' included.
     const std::vector<unsigned char>& all() const { return storage_; }
     // The first byte outside the first `bytes` of the array that differs
