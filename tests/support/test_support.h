@@ -236,9 +236,8 @@ std::vector<unsigned char> filledInput(const Kernel& k, long double value)
 template <class Kernel>
 std::vector<unsigned char> runKernel(const Kernel& k, const std::vector<unsigned char>& input, int flag)
 {
-    OffsetArray<unsigned char> src(input.size(), 0), dst(k.outCells() * k.realBytes(), 0);
+    OffsetArray<unsigned char> src(input.size(), 0), dst(k.outCells() * k.realBytes(), 0, 0xFF);
     src.copyFrom(input.data());
-    dst.fillBytes(0xFF);
     k.run(src.get(), dst.get(), flag);
     return dst.snapshot();
 }
