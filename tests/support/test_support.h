@@ -81,7 +81,6 @@ public:
     }
     T* get() { return reinterpret_cast<T*>(data_); }
     std::size_t bytes() const { return count_ * sizeof(T); }
-    void fillBytes(unsigned char value) { std::memset(data_, value, bytes() + kGuard); }
     void copyFrom(const void* src) { std::memcpy(data_, src, bytes()); }
     std::vector<unsigned char> snapshot(std::size_t extra = 0) const
     {
