@@ -41,6 +41,51 @@ Kind halfKind(Kind wide)
 
 namespace {
 
+// The lanes of a 128-bit result by where each comes from: i < width is
+// lane i of a, the rest lane i - width of b.
+std::vector<int> lanePattern(Shuffle pattern, int width)
+{
+    if (width == 2) {
+        switch (pattern) {
+        case Shuffle::SwapLanes: return {1, 0};
+        case Shuffle::UnpackLo: return {0, 2};
+        case Shuffle::UnpackHi: return {1, 3};
+        default: break;
+        }
+    } else {
+        switch (pattern) {
+        case Shuffle::UnpackLo: return {0, 4, 1, 5};
+        case Shuffle::UnpackHi: return {2, 6, 3, 7};
+        case Shuffle::MoveLowHalves: return {0, 1, 4, 5};
+        case Shuffle::MoveHighHalves: return {2, 3, 6, 7};
+        case Shuffle::EvenLanes: return {0, 2, 4, 6};
+        case Shuffle::OddLanes: return {1, 3, 5, 7};
+        case Shuffle::EvenLanesLow: return {0, 2, 4, 4};
+        case Shuffle::OddLanesLow: return {1, 3, 4, 4};
+        default: break;
+        }
+    }
+    throw std::logic_error("no such lane pattern at this lane width");
+}
+
+} // namespace
+
+LaneSource shuffleSource(Shuffle pattern, Kind kind, int lane)
+{
+    const int lanes = laneCount(kind);
+    switch (pattern) {
+    case Shuffle::LowHalf: return {0, lane};
+    case Shuffle::HighHalf: return {0, lane + lanes};
+    case Shuffle::Combine: return {lane < lanes / 2 ? 0 : 1, lane % (lanes / 2)};
+    default: break;
+    }
+    const int width = isSingle(kind) ? 4 : 2, base = lane / width * width;
+    const int from = lanePattern(pattern, width).at(lane - base);
+    return from < width ? LaneSource{0, base + from} : LaneSource{1, base + from - width};
+}
+
+namespace {
+
 // Whether two sets of lanes are stored as the same numbers of `kind` (the
 // binary128 values of one constant reached by two routes may differ below
 // the last stored bit).

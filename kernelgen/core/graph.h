@@ -68,6 +68,15 @@ enum class Shuffle {
     Combine,        // two halves -> one 256-bit vector, a below b
 };
 
+// Where lane `lane` of a shuffle's result of `kind` comes from: lane `lane`
+// of operand a (0) or b (1). 256-bit vectors apply a 128-bit pattern to each
+// half, as the avx2 level does.
+struct LaneSource {
+    int operand;
+    int lane;
+};
+LaneSource shuffleSource(Shuffle pattern, Kind kind, int lane);
+
 struct Node {
     Node(Op op, Kind kind, int a = -1, int b = -1) : op(op), kind(kind), a(a), b(b) {}
     Op op;

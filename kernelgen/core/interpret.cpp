@@ -45,34 +45,6 @@ std::uint64_t rounded(Kind kind, Exact x)
     return isSingle(kind) ? bitsOf(roundToFloat(x)) : bitsOf(roundToDouble(x));
 }
 
-// The lanes of a 128-bit result by where each comes from: i < width is
-// lane i of a, the rest lane i - width of b. 256-bit vectors apply the
-// pattern to each half, as the avx2 level does.
-std::vector<int> lanePattern(Shuffle pattern, int width)
-{
-    if (width == 2) {
-        switch (pattern) {
-        case Shuffle::SwapLanes: return {1, 0};
-        case Shuffle::UnpackLo: return {0, 2};
-        case Shuffle::UnpackHi: return {1, 3};
-        default: break;
-        }
-    } else {
-        switch (pattern) {
-        case Shuffle::UnpackLo: return {0, 4, 1, 5};
-        case Shuffle::UnpackHi: return {2, 6, 3, 7};
-        case Shuffle::MoveLowHalves: return {0, 1, 4, 5};
-        case Shuffle::MoveHighHalves: return {2, 3, 6, 7};
-        case Shuffle::EvenLanes: return {0, 2, 4, 6};
-        case Shuffle::OddLanes: return {1, 3, 5, 7};
-        case Shuffle::EvenLanesLow: return {0, 2, 4, 4};
-        case Shuffle::OddLanesLow: return {1, 3, 4, 4};
-        default: break;
-        }
-    }
-    throw std::logic_error("no such lane pattern at this lane width");
-}
-
 class Run {
 public:
     Run(const Graph& g, std::span<const std::byte> src, std::span<std::byte> dst, double scale)
@@ -149,32 +121,13 @@ private:
 
     Lanes shuffle(const Node& n) const
     {
-        const Lanes& a = values_[n.a];
-        const int lanes = laneCount(n.kind);
         Lanes v{};
-        switch (n.pattern) {
-        case Shuffle::LowHalf:
-        case Shuffle::HighHalf:
-            for (int l = 0; l < lanes; ++l)
-                v[l] = a[l + (n.pattern == Shuffle::HighHalf ? lanes : 0)];
-            return v;
-        case Shuffle::Combine:
-            for (int l = 0; l < lanes / 2; ++l) {
-                v[l] = a[l];
-                v[l + lanes / 2] = values_[n.b][l];
-            }
-            return v;
-        default: break;
+        for (int l = 0; l < laneCount(n.kind); ++l) {
+            const LaneSource from = shuffleSource(n.pattern, n.kind, l);
+            if (from.operand == 1 && n.b < 0)
+                throw std::logic_error("a two-vector lane pattern with one operand");
+            v[l] = values_[from.operand == 0 ? n.a : n.b][from.lane];
         }
-        const int width = isSingle(n.kind) ? 4 : 2;
-        const std::vector<int> pattern = lanePattern(n.pattern, width);
-        for (int base = 0; base < lanes; base += width)
-            for (int l = 0; l < width; ++l) {
-                const int from = pattern[l];
-                if (from >= width && n.b < 0)
-                    throw std::logic_error("a two-vector lane pattern with one operand");
-                v[base + l] = from < width ? a[base + from] : values_[n.b][base + from - width];
-            }
         return v;
     }
 
