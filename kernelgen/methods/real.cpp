@@ -148,11 +148,11 @@ Signal realJoin(ScalarArith& ar, const Signal& x, const JoinMap& map, const Real
 {
     // A row whose twiddles left it real takes the real transform, and its
     // upper bins are the conjugates of its lower ones.
-    const RealTransform second = [&](ScalarArith& ar, const Signal& row) {
+    const RealTransform second = [&](ScalarArith& rowArith, const Signal& row) {
         if (!std::all_of(row.begin(), row.end(), isReal))
-            return secondComplex(ar, row);
+            return secondComplex(rowArith, row);
         const int n2 = static_cast<int>(row.size());
-        const Signal Z = secondReal(ar, row);
+        const Signal Z = secondReal(rowArith, row);
         Signal full(n2);
         for (int k2 = 0; k2 < n2; ++k2)
             full[k2] = 2 * k2 <= n2 ? Z[k2] : conj(Z[n2 - k2]);

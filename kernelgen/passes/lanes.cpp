@@ -55,11 +55,14 @@ private:
     // Lane l of a sign flip: a negation where the mask's lane is -0.0.
     std::vector<Value> signFlip(const Node& n)
     {
-        const bool maskB = g_.nodes()[n.b].op == Op::Constant && g_.constants()[g_.nodes()[n.b].constant].signMask;
-        const int mask = maskB ? n.b : n.a, value = maskB ? n.a : n.b;
-        const ConstantDef& c = g_.constants()[g_.nodes()[mask].constant];
-        if (g_.nodes()[mask].op != Op::Constant || !c.signMask)
+        const auto isMask = [&](int v) {
+            const Node& m = g_.nodes()[v];
+            return m.op == Op::Constant && g_.constants()[m.constant].signMask;
+        };
+        const int mask = isMask(n.b) ? n.b : n.a, value = mask == n.b ? n.a : n.b;
+        if (!isMask(mask))
             throw std::logic_error("an xor whose operand is no sign mask");
+        const ConstantDef& c = g_.constants()[g_.nodes()[mask].constant];
         std::vector<Value> v;
         for (int l = 0; l < laneCount(n.kind); ++l)
             v.push_back(std::signbit(static_cast<double>(c.lanes[l])) ? out_.neg(lanes_[value][l]) : lanes_[value][l]);
