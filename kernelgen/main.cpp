@@ -138,7 +138,7 @@ void printRoads(std::ostream& out)
     const std::pair<const char*, RoadSet> real[] = {
         {"dft-real-forward", RoadSet::Forward}, {"dft-real-inverse", RoadSet::Inverse}, {"hartley", RoadSet::Hartley}};
     for (const auto& [name, set] : real)
-        table(name, realSizes(), [set](int n) { return realRoadWords(set, n); });
+        table(name, realSizes(), [set = set](int n) { return realRoadWords(set, n); });
 }
 
 int usage()
