@@ -1,7 +1,10 @@
-// The lane pass against the interpreter: every kernel that the generator
-// prints for the call frame, lowered for every target and read per
-// element, gives the bytes of its own graph on random inputs under each
-// scale factor, with scalar operations only.
+// The generator's passes against the interpreter, on any host whatever
+// processor level the pass serves: every kernel that the generator prints
+// for the call frame, lowered for every target (the pairing into 256-bit
+// operations where it has them, the scheduling), keeps its operation counts
+// (a paired operation does the work of two) and gives the bytes of its own
+// graph on random inputs under each scale factor; so does the lowered
+// graph read per element, with scalar operations only.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -61,9 +64,10 @@ Bytes run(const Graph& g, const Bytes& src, size_t outBytes, double scale)
     return dst;
 }
 
-class Lanes : public testing::TestWithParam<std::tuple<Family, Precision, std::string>> {};
+class Passes : public testing::TestWithParam<std::tuple<Family, Precision, std::string>> {};
 
-TEST_P(Lanes, PerElementGraphGivesTheBytesOfEveryKernel)
+// Where the target pairs, the complex kernels of size 64 do.
+TEST_P(Passes, KeepEveryBitOfEveryKernel)
 {
     const auto& [family, precision, targetName] = GetParam();
     const Target target = targetNamed(targetName);
@@ -72,6 +76,16 @@ TEST_P(Lanes, PerElementGraphGivesTheBytesOfEveryKernel)
     for (int size : family.sizes(precision))
         for (const FramedKernel& k : family.sizeFile(precision, size).kernels) {
             const Graph lowered = lower(k.graph, target), scalar = perElement(lowered);
+            bool paired = false;
+            for (const Node& n : lowered.nodes())
+                paired = paired || isWide(n.kind);
+            if (!target.pairsSections() || (family.sizeFile == complexSizeFile && size == 64)) {
+                EXPECT_EQ(paired, target.pairsSections()) << k.exportedName;
+            }
+            const OpCounts was = k.graph.countOps(), is = lowered.countOps();
+            EXPECT_TRUE(is.addSub == was.addSub && is.mul == was.mul && is.scaleMul == was.scaleMul &&
+                        is.signFlips == was.signFlips && is.loads == was.loads && is.stores == was.stores)
+                << k.exportedName;
             for (const Node& n : scalar.nodes())
                 ASSERT_FALSE(isVector(n.kind)) << k.exportedName;
             const size_t outBytes = reach(k.graph, true);
@@ -85,14 +99,16 @@ TEST_P(Lanes, PerElementGraphGivesTheBytesOfEveryKernel)
                                 precision == Precision::Single ? 4 : 8);
                 }
                 const double scale = isSingle(k.scaleKind) ? roundToFloat(factor) : roundToDouble(factor);
-                EXPECT_TRUE(run(k.graph, src, outBytes, scale) == run(scalar, src, outBytes, scale))
-                    << k.exportedName << " at scale " << scale;
+                const Bytes want = run(k.graph, src, outBytes, scale);
+                EXPECT_TRUE(run(lowered, src, outBytes, scale) == want) << k.exportedName << " at scale " << scale;
+                EXPECT_TRUE(run(scalar, src, outBytes, scale) == want)
+                    << k.exportedName << " per element, at scale " << scale;
             }
         }
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Kernels, Lanes,
+    Kernels, Passes,
     testing::Combine(testing::ValuesIn(kFamilies), testing::Values(Precision::Single, Precision::Double),
                      testing::ValuesIn(targetNames())),
     [](const testing::TestParamInfo<std::tuple<Family, Precision, std::string>>& info) {
