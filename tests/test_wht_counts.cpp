@@ -1,9 +1,10 @@
 // The Walsh-Hadamard kernels' own descriptions, run on a counting vector
 // type: vector operations per order as budgeted, shuffles only where the
-// factorisation transposes, and the memory rules of the passes (src read
-// once and first, dst written once and last, the buffer used whole, aligned
-// and never beyond its size). Each run's bytes must equal the exported
-// kernel's, so the counted description is the shipped one.
+// factorisation transposes, src read and dst written once. Each run's bytes
+// must equal the exported kernel's, so the counted description is the
+// shipped one. What the work buffer may hold and where it is written, and
+// that src is read before dst (or a buffer over src) is written, test_wht
+// checks on the kernels themselves.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,11 +18,7 @@
 namespace {
 
 struct Tally {
-    long addSub = 0, mul = 0, shuffle = 0;
-    long srcLoads = 0, dstStores = 0, bufferAccesses = 0, misalignedBufferAccesses = 0;
-    long clock = 0, lastSrcLoad = -1, firstDstStore = -1;
-    const unsigned char* buffer = nullptr;
-    long bufferLow = 0, bufferHigh = 0; // byte range touched, relative to buffer
+    long addSub = 0, mul = 0, shuffle = 0, srcLoads = 0, dstStores = 0;
 };
 Tally tally;
 
@@ -56,18 +53,14 @@ struct CountingOps {
     static V moveLowHalves(V a, V b) { return ++tally.shuffle, V{{a.lane[0], a.lane[1], b.lane[0], b.lane[1]}}; }
     static V moveHighHalves(V a, V b) { return ++tally.shuffle, V{{a.lane[2], a.lane[3], b.lane[2], b.lane[3]}}; }
 
+    // The buffer's moves.
     static V load(const Real* p)
     {
-        touchBuffer(p);
         V v;
         std::memcpy(v.lane, p, sizeof v.lane);
         return v;
     }
-    static void store(Real* p, V v)
-    {
-        touchBuffer(p);
-        std::memcpy(p, v.lane, sizeof v.lane);
-    }
+    static void store(Real* p, V v) { std::memcpy(p, v.lane, sizeof v.lane); }
 
 private:
     static V interleave(V a, V b, int from)
@@ -80,36 +73,14 @@ private:
         }
         return v;
     }
-    static void touchBuffer(const Real* p)
-    {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(p);
-        ++tally.bufferAccesses;
-        tally.misalignedBufferAccesses += (reinterpret_cast<uintptr_t>(p) & 15) != 0;
-        tally.bufferLow = std::min<long>(tally.bufferLow, bytes - tally.buffer);
-        tally.bufferHigh = std::max<long>(tally.bufferHigh, bytes + 16 - tally.buffer);
-    }
 };
 
 // Moves of src and dst, which the counting passes tell apart from the
 // buffer's.
 template <class Ops>
 struct CountingAccess {
-    static typename Ops::V load(const typename Ops::Real* p)
-    {
-        ++tally.srcLoads;
-        tally.lastSrcLoad = tally.clock++;
-        typename Ops::V v;
-        std::memcpy(v.lane, p, sizeof v.lane);
-        return v;
-    }
-    static void store(typename Ops::Real* p, typename Ops::V v)
-    {
-        ++tally.dstStores;
-        if (tally.firstDstStore < 0)
-            tally.firstDstStore = tally.clock;
-        ++tally.clock;
-        std::memcpy(p, v.lane, sizeof v.lane);
-    }
+    static typename Ops::V load(const typename Ops::Real* p) { return ++tally.srcLoads, Ops::load(p); }
+    static void store(typename Ops::Real* p, typename Ops::V v) { ++tally.dstStores, Ops::store(p, v); }
 };
 
 template <class Real, int Order>
@@ -123,7 +94,6 @@ void countOrder()
     const Real scale = tvkgen::wht::kScales<Real, Order>[2];
     alignas(16) static unsigned char buffer[73728];
     tally = Tally{};
-    tally.buffer = buffer;
     if constexpr (Order < tvkgen::wht::kFirstBufferedOrder)
         tvkgen::wht::vectorBody<Ops, Order, CountingAccess<Ops>>(input.data(), out.data(), scale);
     else
@@ -144,16 +114,6 @@ void countOrder()
     EXPECT_EQ(tally.shuffle, n);
     EXPECT_EQ(tally.srcLoads, n / lanes);
     EXPECT_EQ(tally.dstStores, n / lanes);
-    EXPECT_LT(tally.lastSrcLoad, tally.firstDstStore) << "dst written before src was read to the end";
-
-    const int32_t bufferBytes = tvkgen::wht::bufferBytes<Real>(Order);
-    if (Order < tvkgen::wht::kFirstBufferedOrder) {
-        EXPECT_EQ(tally.bufferAccesses, 0);
-    } else {
-        EXPECT_EQ(tally.misalignedBufferAccesses, 0);
-        EXPECT_EQ(tally.bufferLow, 0);
-        EXPECT_EQ(tally.bufferHigh, bufferBytes) << "buffer not used to its last byte, or beyond it";
-    }
 }
 
 // The vector orders: 3 to 13 in 64f, 4 to 13 in 32f.
