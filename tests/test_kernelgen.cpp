@@ -1,7 +1,6 @@
 // The generator's own layers, where a fault would not show in any single
 // kernel's output: the adjoint of a graph, the one-value rule of named
-// constants, the forms of a rotation, and the statements of binary32
-// kernels.
+// constants and the forms of a rotation.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,11 +11,7 @@
 #include "arith/lane_arith.h"
 #include "arith/signs.h"
 #include "arith/split_arith.h"
-#include "core/statements.h"
 #include "core/adjoint.h"
-#include "families/dft_complex.h"
-#include "families/dft_real.h"
-#include "families/hartley.h"
 #include "methods/codelets.h"
 #include "methods/joins.h"
 
@@ -214,42 +209,6 @@ TEST(Rotation, TakesTheCheapestFormOfItsAngle)
     EXPECT_EQ(classifyRotation(16, -2).form, RotationForm::OddEighth);
     EXPECT_EQ(classifyRotation(16, -2).r, 14);
     EXPECT_EQ(classifyRotation(12, 1).form, RotationForm::General);
-}
-
-// The statement rule of every binary32 kernel on real data (forward,
-// inverse, Hartley), read back from its graph: each binary64 operation
-// belongs to exactly one statement, so it is rounded once; each statement
-// holds a product by a constant, so no plain sum is evaluated in binary64.
-TEST(Statements, EachBinary64OperationIsRoundedOnceInAStatementWithAProduct)
-{
-    int statements = 0;
-    for (const CountsTable& table : {realForwardCounts(), realInverseCounts(), hartleyCounts()})
-        for (const CountsRow& row : table.rows) {
-            if (row.key[0] != "\"32f\"")
-                continue;
-            const Graph& g = row.graph;
-            SCOPED_TRACE(table.arrayName + " size " + row.key[1]);
-            std::vector<int> owners(g.nodes().size(), 0);
-            for (const Statement& s : statementsOf(g)) {
-                bool product = false;
-                for (Graph::Value v : s.operations) {
-                    ++owners[v];
-                    const Node& n = g.nodes()[v];
-                    product = product || (n.op == Op::Mul && (g.nodes()[n.a].op == Op::Constant ||
-                                                              g.nodes()[n.b].op == Op::Constant));
-                }
-                EXPECT_TRUE(product) << "statement ending at node " << s.narrowing;
-                ++statements;
-            }
-            const std::vector<bool> live = g.liveNodes();
-            for (size_t i = 0; i < g.nodes().size(); ++i) {
-                const Node& n = g.nodes()[i];
-                if (live[i] && n.kind == Kind::F64 && n.op != Op::Constant && n.op != Op::Widen) {
-                    EXPECT_EQ(owners[i], 1) << "node " << i;
-                }
-            }
-        }
-    EXPECT_GT(statements, 0);
 }
 
 } // namespace
