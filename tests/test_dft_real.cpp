@@ -64,13 +64,6 @@ TEST_P(RealFromSignalTest, ConstantGivesNTimesTheFactorInCellZero)
     }
 }
 
-// Forward then inverse (the Hartley kernel twice) gives the input back.
-TEST_P(RealFromSignalTest, RoundTripsUnderEveryFlagPair)
-{
-    const bool forward = k.family == RealFamily::Forward;
-    expectRoundTrips(k, forward ? realKernel(RealFamily::Inverse, k.type, k.size, k.layout) : k, bound(16));
-}
-
 // The forward and inverse CCS kernels.
 using RealCcsTest = RealKernelTest;
 

@@ -165,22 +165,4 @@ void expectUnitGivesTheFactor(const Kernel& k, double slack = 0)
     }
 }
 
-// The kernel, then `back` (its inverse, or the Hartley kernel again), under
-// every pair of flags gives the input times N and both factors.
-template <class Kernel>
-void expectRoundTrips(const Kernel& k, const Kernel& back, double bound)
-{
-    ASSERT_NE(back.fn, nullptr);
-    const auto x = randomInput(k, 30);
-    for (int first : kGoodFlags)
-        for (int second : kGoodFlags) {
-            const double gain = k.size * scaleOf(k, first) * scaleOf(back, second);
-            const auto out = runKernel(back, runKernel(k, x, first), second);
-            for (int c = 0; c < k.inCells(); ++c)
-                EXPECT_NEAR(static_cast<double>(numberAt(k, out.data(), c)),
-                            static_cast<double>(gain * numberAt(k, x.data(), c)), bound * std::max(gain, 1.0))
-                    << "cell " << c << " flags " << first << ", " << second;
-        }
-}
-
 } // namespace tvktest
