@@ -59,14 +59,6 @@ Bytes run(const Graph& g, const Bytes& src, size_t outBytes, double scale)
     return dst;
 }
 
-// The digest program's inputs, as bytes.
-Bytes digestInput(size_t bytesPerNumber, size_t count, unsigned seed)
-{
-    Bytes out(count * bytesPerNumber);
-    tvktest::fixedInput(bytesPerNumber == 8, count, out.data(), seed);
-    return out;
-}
-
 // "kernel path" -> hash, as committed.
 const std::map<std::string, std::string>& committedDigests()
 {
@@ -125,9 +117,9 @@ TEST_P(Digests, AreThoseOfTheCompiledKernels)
     int kernels = 0;
     for (Precision precision : {Precision::Single, Precision::Double}) {
         const size_t bytes = precision == Precision::Single ? 4 : 8;
-        std::vector<Bytes> inputs;
+        std::vector<Bytes> inputs; // the digest program's
         for (unsigned seed = 0; seed < 16; ++seed)
-            inputs.push_back(digestInput(bytes, kMostInputs, seed));
+            tvktest::fixedInput(bytes == 8, kMostInputs, inputs.emplace_back(kMostInputs * bytes).data(), seed);
         for (int size : family.sizes(precision)) {
             const FramedKernelFile file = family.sizeFile(precision, size);
             for (const FramedKernel& k : file.kernels) {

@@ -26,11 +26,10 @@ using namespace kernelgen;
 namespace {
 
 using Bytes = std::vector<std::byte>;
-using SizeFile = FramedKernelFile (*)(Precision, int);
 
 struct Family {
     const char* name;
-    SizeFile sizeFile;
+    FramedKernelFile (*sizeFile)(Precision, int);
     std::vector<int> (*sizes)(Precision);
 };
 
