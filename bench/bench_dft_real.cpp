@@ -103,21 +103,20 @@ void registerFftw(const tvktest::RealKernel& k)
 #endif
 
 const bool registered = [] {
-    for (RealFamily family : {RealFamily::Forward, RealFamily::Inverse, RealFamily::Hartley})
-        for (const tvktest::RealKernel& k : tvktest::builtRealKernels(family)) {
-            if (k.fn == nullptr || k.layout != tvktest::Layout::CCS)
-                continue;
-            if (k.is64())
-                registerOurs<Tvk64f>(k);
-            else
-                registerOurs<Tvk32f>(k);
+    for (const tvktest::RealKernel& k : tvktest::allRealKernels()) {
+        if (k.fn == nullptr || k.layout != tvktest::Layout::CCS)
+            continue;
+        if (k.is64())
+            registerOurs<Tvk64f>(k);
+        else
+            registerOurs<Tvk32f>(k);
 #ifdef TVKGEN_BENCH_FFTW
-            if (k.is64())
-                registerFftw<double>(k);
-            else
-                registerFftw<float>(k);
+        if (k.is64())
+            registerFftw<double>(k);
+        else
+            registerFftw<float>(k);
 #endif
-        }
+    }
     return true;
 }();
 
