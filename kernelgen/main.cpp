@@ -5,6 +5,7 @@
 //     dft-complex <32fc|64fc> <size>
 //     <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size>
 //     <family>-dispatch, <family>-counts
+//     batch-dft-complex <32fc|64fc> <size>, batch-dft-complex-dispatch
 //     dct4-pieces, dct4-direct
 //
 // --roads prints the road of every size of every family, as the kernels'
@@ -21,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "emit/batch.h"
 #include "emit/files.h"
 #include "families/dct4.h"
 #include "families/dft_complex.h"
@@ -72,10 +74,10 @@ const std::vector<SizedFamily>& sizedFamilies()
     return families;
 }
 
-FramedKernelFile lowered(FramedKernelFile file, const Target& target)
+FramedKernelFile lowered(FramedKernelFile file, const Target& target, Graph (*passes)(const Graph&, const Target&))
 {
     for (FramedKernel& k : file.kernels)
-        k.graph = lower(k.graph, target);
+        k.graph = passes(k.graph, target);
     return file;
 }
 
@@ -96,6 +98,20 @@ PieceFile lowered(PieceFile file, const Target& target)
     return file;
 }
 
+// The batch entries over a family's dispatchers; every transform of the
+// family takes `len` elements in and out.
+std::vector<BatchDispatcher> batchDispatchers(const std::vector<SizeDispatcher>& sizes)
+{
+    std::vector<BatchDispatcher> out;
+    for (const SizeDispatcher& d : sizes) {
+        const std::string row = d.name.find("Fwd") != std::string::npos   ? "Forward"
+                                 : d.name.find("Inv") != std::string::npos ? "Inverse"
+                                                                           : "SelfInverse";
+        out.push_back({d, row, "len", "len"});
+    }
+    return out;
+}
+
 const std::vector<WholeFile>& wholeFiles()
 {
     using Print = std::function<std::string(const Target&, const std::string&)>;
@@ -111,6 +127,10 @@ const std::vector<WholeFile>& wholeFiles()
     static const std::vector<WholeFile> files = {
         {"dft-complex-dispatch", dispatchers(complexDispatchers)},
         {"dft-complex-counts", counts(complexCounts)},
+        {"batch-dft-complex-dispatch",
+         [](const Target&, const std::string& c) {
+             return printBatchDispatchers(batchDispatchers(complexDispatchers()), c);
+         }},
         {"dft-real-forward-dispatch", dispatchers(realForwardDispatchers)},
         {"dft-real-forward-counts", counts(realForwardCounts)},
         {"dft-real-inverse-dispatch", dispatchers(realInverseDispatchers)},
@@ -149,7 +169,7 @@ int usage()
     std::cerr << "usage: kernelgen --roads\n";
     std::cerr << "       kernelgen [--target=<" << targets << ">] <command> <arguments> <out>\n";
     for (const SizedFamily& f : sizedFamilies())
-        std::cerr << "       " << f.command << " <" << typeSuffix(Precision::Single, f.complex) << "|"
+        std::cerr << "       [batch-]" << f.command << " <" << typeSuffix(Precision::Single, f.complex) << "|"
                   << typeSuffix(Precision::Double, f.complex) << "> <size>\n";
     for (const WholeFile& f : wholeFiles())
         std::cerr << "       " << f.command << "\n";
@@ -183,15 +203,18 @@ int main(int argc, char** argv)
         const std::string& out = args.back();
         for (size_t i = 0; i + 1 < args.size(); ++i)
             invocation += (i ? " " : "") + args[i];
+        const std::string batchPrefix = "batch-";
+        const bool batch = command.rfind(batchPrefix, 0) == 0;
         for (const SizedFamily& f : sizedFamilies()) {
-            if (command != f.command || args.size() != 4)
+            if (command != (batch ? batchPrefix : "") + f.command || args.size() != 4)
                 continue;
             const bool single = args[1] == typeSuffix(Precision::Single, f.complex);
             if (!single && args[1] != typeSuffix(Precision::Double, f.complex))
                 return usage();
             const FramedKernelFile file =
                 f.sizeFile(single ? Precision::Single : Precision::Double, std::stoi(args[2]));
-            writeIfChanged(out, printFramedKernelFile(lowered(file, target), invocation));
+            writeIfChanged(out, batch ? printBatchKernelFile(lowered(file, target, lowerPerElement), invocation)
+                                      : printFramedKernelFile(lowered(file, target, lower), invocation));
             return 0;
         }
         for (const WholeFile& f : wholeFiles())

@@ -1,5 +1,6 @@
 #include "passes/lower.h"
 
+#include "passes/lanes.h"
 #include "passes/pairing.h"
 #include "passes/schedule.h"
 
@@ -8,6 +9,13 @@ namespace kernelgen {
 Graph lower(const Graph& g, const Target& target)
 {
     Graph out = target.pairsSections() ? pairSections(g) : g;
+    out.setPrintOrder(emissionOrder(out, target.registers));
+    return out;
+}
+
+Graph lowerPerElement(const Graph& g, const Target& target)
+{
+    Graph out = perElement(g);
     out.setPrintOrder(emissionOrder(out, target.registers));
     return out;
 }

@@ -11,4 +11,9 @@ namespace kernelgen {
 
 Graph lower(const Graph& g, const Target& target);
 
+// The batch entries' passes: the graph read per element (passes/lanes.h),
+// then the emission order for the target's registers, each register now a
+// vector of one number of several transforms.
+Graph lowerPerElement(const Graph& g, const Target& target);
+
 } // namespace kernelgen

@@ -1,0 +1,148 @@
+// The batch entries against the single calls: every member of a batch gets
+// the bytes that the single kernel of its size gives it, for every size,
+// type, direction and flag, counts past two lane widths with a remainder,
+// distances with gaps (left untouched), any address and in place; and the
+// checks in their documented order, with dst untouched on failure.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "test_support.h"
+#include "tvkgen_batch.h"
+
+using namespace tvktest;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using BatchFn = TvkStatus (*)(const void*, int, void*, int, int, int, int);
+using SingleFn = TvkStatus (*)(const void*, void*, int, int);
+
+// A batch entry beside the single dispatcher whose bytes it gives.
+struct Entry {
+    const char* name;
+    void* batch;
+    const char* single;
+    int elementBytes;
+};
+
+const Entry kEntries[] = {
+    {"Fwd_32fc", reinterpret_cast<void*>(&tvkgBatchDFTFwd_CToC_32fc), "tvkgDFTFwd_CToC_32fc", 8},
+    {"Inv_32fc", reinterpret_cast<void*>(&tvkgBatchDFTInv_CToC_32fc), "tvkgDFTInv_CToC_32fc", 8},
+    {"Fwd_64fc", reinterpret_cast<void*>(&tvkgBatchDFTFwd_CToC_64fc), "tvkgDFTFwd_CToC_64fc", 16},
+    {"Inv_64fc", reinterpret_cast<void*>(&tvkgBatchDFTInv_CToC_64fc), "tvkgDFTInv_CToC_64fc", 16},
+};
+
+void PrintTo(const Entry& e, std::ostream* out) { *out << e.name; }
+
+TvkStatus callBatch(const Entry& e, const void* src, int srcDist, void* dst, int dstDist, int len, int count, int flag)
+{
+    return reinterpret_cast<BatchFn>(e.batch)(src, srcDist, dst, dstDist, len, count, flag);
+}
+
+SingleFn singleOf(const Entry& e) { return reinterpret_cast<SingleFn>(exportedFunction(e.single)); }
+
+// `count` transforms `dist` elements apart, random numbers in each member
+// and sentinel bytes in the gaps, as bytes.
+Bytes members(const Entry& e, int len, int count, int dist, unsigned seed)
+{
+    Bytes out(static_cast<size_t>(count) * dist * e.elementBytes + 64, 0xA5);
+    const int numbers = len * e.elementBytes / (e.elementBytes == 8 ? 4 : 8);
+    for (int m = 0; m < count; ++m) {
+        unsigned char* at = out.data() + static_cast<size_t>(m) * dist * e.elementBytes;
+        if (e.elementBytes == 8) {
+            const std::vector<float> v = randomReals<float>(numbers, seed + m);
+            std::memcpy(at, v.data(), v.size() * sizeof(float));
+        } else {
+            const std::vector<double> v = randomReals<double>(numbers, seed + m);
+            std::memcpy(at, v.data(), v.size() * sizeof(double));
+        }
+    }
+    return out;
+}
+
+class Batch : public testing::TestWithParam<Entry> {};
+
+// Counts 0 to past two lane widths of eight, with remainders; distances of
+// one extent and with gaps; aligned, element-misaligned and odd addresses;
+// out of place and in place.
+TEST_P(Batch, EveryMemberGivesTheSingleCallsBytes)
+{
+    const Entry& e = GetParam();
+    const SingleFn single = singleOf(e);
+    ASSERT_NE(single, nullptr);
+    for (int len = 2; len <= 64; ++len)
+        for (int flag : kGoodFlags)
+            for (int count : {0, 1, 2, 3, 5, 8, 9, 17, 19})
+                for (int gap : {0, 3})
+                    for (int offset : {0, 4, 1})
+                        for (bool inPlace : {false, true}) {
+                            const int dist = len + gap;
+                            const Bytes src = members(e, len, count, dist, len * 100 + count);
+                            // Each member's expected bytes in its place, the gaps as they were.
+                            Bytes expected = inPlace ? src : Bytes(src.size(), 0x5A);
+                            for (int m = 0; m < count; ++m) {
+                                const size_t at = static_cast<size_t>(m) * dist * e.elementBytes;
+                                Bytes one(len * e.elementBytes);
+                                ASSERT_EQ(single(src.data() + at, one.data(), len, flag), StatusOk);
+                                std::memcpy(expected.data() + at, one.data(), one.size());
+                            }
+                            OffsetArray<unsigned char> in(src.size(), offset), out(src.size(), offset, 0x5A);
+                            in.copyFrom(src.data());
+                            unsigned char* dst = inPlace ? in.get() : out.get();
+                            ASSERT_EQ(callBatch(e, in.get(), dist, dst, dist, len, count, flag), StatusOk);
+                            EXPECT_TRUE(sameBits(dst, expected.data(), expected.size()))
+                                << e.name << " len " << len << " flag " << flag << " count " << count << " gap "
+                                << gap << " offset " << offset << (inPlace ? " in place" : "");
+                            if (!inPlace) {
+                                EXPECT_TRUE(sameBits(in.get(), src.data(), src.size())) << e.name << " changed src";
+                            }
+                        }
+}
+
+// Different distances in src and dst: each member reaches its own place.
+TEST_P(Batch, DistancesOfSrcAndDstAreTheirOwn)
+{
+    const Entry& e = GetParam();
+    const int len = 12, count = 11, srcDist = 13, dstDist = 20;
+    const Bytes src = members(e, len, count, srcDist, 7);
+    Bytes dst(static_cast<size_t>(count) * dstDist * e.elementBytes, 0x5A), expected = dst;
+    for (int m = 0; m < count; ++m)
+        ASSERT_EQ(singleOf(e)(src.data() + m * srcDist * e.elementBytes,
+                              expected.data() + m * dstDist * e.elementBytes, len, ScaleDivBySqrtN),
+                  StatusOk);
+    ASSERT_EQ(callBatch(e, src.data(), srcDist, dst.data(), dstDist, len, count, ScaleDivBySqrtN), StatusOk);
+    EXPECT_TRUE(sameBits(dst.data(), expected.data(), dst.size()));
+}
+
+// The checks in order: size, count, distances, src, dst, flag; each failure
+// leaves dst untouched, and a count of 0 succeeds without touching it.
+TEST_P(Batch, ChecksComeInTheirOrderAndLeaveDstUntouched)
+{
+    const Entry& e = GetParam();
+    const int len = 8, count = 3;
+    const Bytes src = members(e, len, count, len, 1);
+    Bytes dst(src.size(), 0x5A);
+    const Bytes before = dst;
+    const auto status = [&](const void* s, int sd, void* d, int dd, int n, int c, int f) {
+        return callBatch(e, s, sd, d, dd, n, c, f);
+    };
+    for (int bad : {1, 65, 0, -1})
+        EXPECT_EQ(status(nullptr, 0, nullptr, 0, bad, -1, 3), StatusSizeError) << bad;
+    EXPECT_EQ(status(nullptr, len, nullptr, len, len, -1, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, len - 1, nullptr, len, len, count, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, len, nullptr, len - 1, len, count, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, len, dst.data(), len, len, count, 3), StatusNullPointer);
+    EXPECT_EQ(status(src.data(), len, nullptr, len, len, count, 3), StatusNullPointer);
+    for (int flag : kBadFlags)
+        EXPECT_EQ(status(src.data(), len, dst.data(), len, len, count, flag), StatusScaleFlagError) << flag;
+    EXPECT_EQ(status(src.data(), len, dst.data(), len, len, 0, ScaleNoDivide), StatusOk);
+    EXPECT_TRUE(dst == before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Entries, Batch, testing::ValuesIn(kEntries),
+                         [](const testing::TestParamInfo<Entry>& info) { return std::string(info.param.name); });
+
+} // namespace
