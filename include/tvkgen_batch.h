@@ -3,7 +3,9 @@
  * exactly the bytes of the single call of its size (libtvkgen_batch, beside
  * libtvkgen).
  *
- * Arguments: src, the distance from one transform to the next in src,
+ * One entry per family, direction, layout and type, named as the single
+ * dispatchers with Batch after tvkg. Arguments: src, the distance from one
+ * transform to the next in src,
  * dst, its distance in dst (both in elements of the type), the length,
  * the count of transforms and the scale flag of the single calls.
  *
@@ -29,14 +31,37 @@
 extern "C" {
 #endif
 
-TVKG_API TvkStatus tvkgBatchDFTFwd_CToC_32fc(const Tvk32fc* src, int srcDist, Tvk32fc* dst, int dstDist, int len,
-                                             int count, int flag);
-TVKG_API TvkStatus tvkgBatchDFTInv_CToC_32fc(const Tvk32fc* src, int srcDist, Tvk32fc* dst, int dstDist, int len,
-                                             int count, int flag);
-TVKG_API TvkStatus tvkgBatchDFTFwd_CToC_64fc(const Tvk64fc* src, int srcDist, Tvk64fc* dst, int dstDist, int len,
-                                             int count, int flag);
-TVKG_API TvkStatus tvkgBatchDFTInv_CToC_64fc(const Tvk64fc* src, int srcDist, Tvk64fc* dst, int dstDist, int len,
-                                             int count, int flag);
+#define TVKG_DECLARE_BATCH(name, t) \
+    TVKG_API TvkStatus name(const t* src, int srcDist, t* dst, int dstDist, int len, int count, int flag);
+
+/* Complex transforms: len elements in and out. */
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_CToC_32fc, Tvk32fc)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_CToC_32fc, Tvk32fc)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_CToC_64fc, Tvk64fc)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_CToC_64fc, Tvk64fc)
+
+/* Real forward: len numbers in; CCS 2 * (len / 2 + 1) numbers out, Pack
+ * and Perm len. */
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToCCS_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToPack_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToPerm_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToCCS_64f, Tvk64f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToPack_64f, Tvk64f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTFwd_RToPerm_64f, Tvk64f)
+
+/* Real inverse: the forward's extents the other way round. */
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_CCSToR_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_PackToR_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_PermToR_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_CCSToR_64f, Tvk64f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_PackToR_64f, Tvk64f)
+TVKG_DECLARE_BATCH(tvkgBatchDFTInv_PermToR_64f, Tvk64f)
+
+/* Hartley: len numbers in and out. */
+TVKG_DECLARE_BATCH(tvkgBatchHartley_32f, Tvk32f)
+TVKG_DECLARE_BATCH(tvkgBatchHartley_64f, Tvk64f)
+
+#undef TVKG_DECLARE_BATCH
 
 #ifdef __cplusplus
 }

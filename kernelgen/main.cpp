@@ -5,7 +5,7 @@
 //     dft-complex <32fc|64fc> <size>
 //     <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size>
 //     <family>-dispatch, <family>-counts
-//     batch-dft-complex <32fc|64fc> <size>, batch-dft-complex-dispatch
+//     batch-<family> <type> <size>, batch-<family>-dispatch: the batch entries
 //     dct4-pieces, dct4-direct
 //
 // --roads prints the road of every size of every family, as the kernels'
@@ -98,16 +98,16 @@ PieceFile lowered(PieceFile file, const Target& target)
     return file;
 }
 
-// The batch entries over a family's dispatchers; every transform of the
-// family takes `len` elements in and out.
+// The batch entries over a family's dispatchers: a transform takes `len`
+// elements, a CCS spectrum bins 0 to len/2 in both parts.
 std::vector<BatchDispatcher> batchDispatchers(const std::vector<SizeDispatcher>& sizes)
 {
+    const auto has = [](const std::string& name, const char* part) { return name.find(part) != std::string::npos; };
+    const std::string ccs = "2 * (len / 2 + 1)";
     std::vector<BatchDispatcher> out;
     for (const SizeDispatcher& d : sizes) {
-        const std::string row = d.name.find("Fwd") != std::string::npos   ? "Forward"
-                                 : d.name.find("Inv") != std::string::npos ? "Inverse"
-                                                                           : "SelfInverse";
-        out.push_back({d, row, "len", "len"});
+        const std::string row = has(d.name, "Fwd") ? "Forward" : has(d.name, "Inv") ? "Inverse" : "SelfInverse";
+        out.push_back({d, row, has(d.name, "CCSTo") ? ccs : "len", has(d.name, "ToCCS") ? ccs : "len"});
     }
     return out;
 }
@@ -121,22 +121,27 @@ const std::vector<WholeFile>& wholeFiles()
     const auto counts = [](CountsTable (*table)()) -> Print {
         return [table](const Target&, const std::string& c) { return printCountsHeader(table(), c); };
     };
+    const auto batch = [](std::vector<SizeDispatcher> (*table)()) -> Print {
+        return [table](const Target&, const std::string& c) {
+            return printBatchDispatchers(batchDispatchers(table()), c);
+        };
+    };
     const auto pieces = [](PieceFile (*table)()) -> Print {
         return [table](const Target& t, const std::string& c) { return printPieceFile(lowered(table(), t), c); };
     };
     static const std::vector<WholeFile> files = {
         {"dft-complex-dispatch", dispatchers(complexDispatchers)},
         {"dft-complex-counts", counts(complexCounts)},
-        {"batch-dft-complex-dispatch",
-         [](const Target&, const std::string& c) {
-             return printBatchDispatchers(batchDispatchers(complexDispatchers()), c);
-         }},
         {"dft-real-forward-dispatch", dispatchers(realForwardDispatchers)},
         {"dft-real-forward-counts", counts(realForwardCounts)},
         {"dft-real-inverse-dispatch", dispatchers(realInverseDispatchers)},
         {"dft-real-inverse-counts", counts(realInverseCounts)},
         {"hartley-dispatch", dispatchers(hartleyDispatchers)},
         {"hartley-counts", counts(hartleyCounts)},
+        {"batch-dft-complex-dispatch", batch(complexDispatchers)},
+        {"batch-dft-real-forward-dispatch", batch(realForwardDispatchers)},
+        {"batch-dft-real-inverse-dispatch", batch(realInverseDispatchers)},
+        {"batch-hartley-dispatch", batch(hartleyDispatchers)},
         {"dct4-pieces", pieces(dct4Pieces)},
         {"dct4-direct", pieces(dct4Direct)},
     };

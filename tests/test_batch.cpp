@@ -5,8 +5,10 @@
 // checks in their documented order, with dst untouched on failure.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "test_support.h"
@@ -20,22 +22,40 @@ using Bytes = std::vector<unsigned char>;
 using BatchFn = TvkStatus (*)(const void*, int, void*, int, int, int, int);
 using SingleFn = TvkStatus (*)(const void*, void*, int, int);
 
-// A batch entry beside the single dispatcher whose bytes it gives.
+// A batch entry beside the single dispatcher whose bytes it gives, with the
+// extents of one transform in its src and dst, in elements.
 struct Entry {
-    const char* name;
-    void* batch;
     const char* single;
+    void* batch;
     int elementBytes;
+    int (*srcExtent)(int len);
+    int (*dstExtent)(int len);
+    int numberBytes;
+    std::string name() const { return std::string(single).substr(4); }
+    // Room for either extent: the distance of an in-place batch.
+    int extent(int len) const { return std::max(srcExtent(len), dstExtent(len)); }
 };
 
+int points(int len) { return len; }
+int ccs(int len) { return 2 * (len / 2 + 1); }
+
+#define TVKG_ENTRY(single, type, in, out)                                                                          \
+    {"tvkg" #single, reinterpret_cast<void*>(&tvkgBatch##single), sizeof(type), in, out,                         \
+     sizeof(type) == 16 || std::string_view(#single).ends_with("64f") ? 8 : 4}
 const Entry kEntries[] = {
-    {"Fwd_32fc", reinterpret_cast<void*>(&tvkgBatchDFTFwd_CToC_32fc), "tvkgDFTFwd_CToC_32fc", 8},
-    {"Inv_32fc", reinterpret_cast<void*>(&tvkgBatchDFTInv_CToC_32fc), "tvkgDFTInv_CToC_32fc", 8},
-    {"Fwd_64fc", reinterpret_cast<void*>(&tvkgBatchDFTFwd_CToC_64fc), "tvkgDFTFwd_CToC_64fc", 16},
-    {"Inv_64fc", reinterpret_cast<void*>(&tvkgBatchDFTInv_CToC_64fc), "tvkgDFTInv_CToC_64fc", 16},
+    TVKG_ENTRY(DFTFwd_CToC_32fc, Tvk32fc, points, points),  TVKG_ENTRY(DFTInv_CToC_32fc, Tvk32fc, points, points),
+    TVKG_ENTRY(DFTFwd_CToC_64fc, Tvk64fc, points, points),  TVKG_ENTRY(DFTInv_CToC_64fc, Tvk64fc, points, points),
+    TVKG_ENTRY(DFTFwd_RToCCS_32f, Tvk32f, points, ccs),     TVKG_ENTRY(DFTFwd_RToCCS_64f, Tvk64f, points, ccs),
+    TVKG_ENTRY(DFTFwd_RToPack_32f, Tvk32f, points, points), TVKG_ENTRY(DFTFwd_RToPack_64f, Tvk64f, points, points),
+    TVKG_ENTRY(DFTFwd_RToPerm_32f, Tvk32f, points, points), TVKG_ENTRY(DFTFwd_RToPerm_64f, Tvk64f, points, points),
+    TVKG_ENTRY(DFTInv_CCSToR_32f, Tvk32f, ccs, points),     TVKG_ENTRY(DFTInv_CCSToR_64f, Tvk64f, ccs, points),
+    TVKG_ENTRY(DFTInv_PackToR_32f, Tvk32f, points, points), TVKG_ENTRY(DFTInv_PackToR_64f, Tvk64f, points, points),
+    TVKG_ENTRY(DFTInv_PermToR_32f, Tvk32f, points, points), TVKG_ENTRY(DFTInv_PermToR_64f, Tvk64f, points, points),
+    TVKG_ENTRY(Hartley_32f, Tvk32f, points, points),        TVKG_ENTRY(Hartley_64f, Tvk64f, points, points),
 };
+#undef TVKG_ENTRY
 
-void PrintTo(const Entry& e, std::ostream* out) { *out << e.name; }
+void PrintTo(const Entry& e, std::ostream* out) { *out << e.name(); }
 
 TvkStatus callBatch(const Entry& e, const void* src, int srcDist, void* dst, int dstDist, int len, int count, int flag)
 {
@@ -49,10 +69,10 @@ SingleFn singleOf(const Entry& e) { return reinterpret_cast<SingleFn>(exportedFu
 Bytes members(const Entry& e, int len, int count, int dist, unsigned seed)
 {
     Bytes out(static_cast<size_t>(count) * dist * e.elementBytes + 64, 0xA5);
-    const int numbers = len * e.elementBytes / (e.elementBytes == 8 ? 4 : 8);
+    const int numbers = e.srcExtent(len) * e.elementBytes / e.numberBytes;
     for (int m = 0; m < count; ++m) {
         unsigned char* at = out.data() + static_cast<size_t>(m) * dist * e.elementBytes;
-        if (e.elementBytes == 8) {
+        if (e.numberBytes == 4) {
             const std::vector<float> v = randomReals<float>(numbers, seed + m);
             std::memcpy(at, v.data(), v.size() * sizeof(float));
         } else {
@@ -79,13 +99,13 @@ TEST_P(Batch, EveryMemberGivesTheSingleCallsBytes)
                 for (int gap : {0, 3})
                     for (int offset : {0, 4, 1})
                         for (bool inPlace : {false, true}) {
-                            const int dist = len + gap;
+                            const int dist = e.extent(len) + gap;
                             const Bytes src = members(e, len, count, dist, len * 100 + count);
                             // Each member's expected bytes in its place, the gaps as they were.
                             Bytes expected = inPlace ? src : Bytes(src.size(), 0x5A);
                             for (int m = 0; m < count; ++m) {
                                 const size_t at = static_cast<size_t>(m) * dist * e.elementBytes;
-                                Bytes one(len * e.elementBytes);
+                                Bytes one(e.dstExtent(len) * e.elementBytes);
                                 ASSERT_EQ(single(src.data() + at, one.data(), len, flag), StatusOk);
                                 std::memcpy(expected.data() + at, one.data(), one.size());
                             }
@@ -94,10 +114,10 @@ TEST_P(Batch, EveryMemberGivesTheSingleCallsBytes)
                             unsigned char* dst = inPlace ? in.get() : out.get();
                             ASSERT_EQ(callBatch(e, in.get(), dist, dst, dist, len, count, flag), StatusOk);
                             EXPECT_TRUE(sameBits(dst, expected.data(), expected.size()))
-                                << e.name << " len " << len << " flag " << flag << " count " << count << " gap "
+                                << e.name() << " len " << len << " flag " << flag << " count " << count << " gap "
                                 << gap << " offset " << offset << (inPlace ? " in place" : "");
                             if (!inPlace) {
-                                EXPECT_TRUE(sameBits(in.get(), src.data(), src.size())) << e.name << " changed src";
+                                EXPECT_TRUE(sameBits(in.get(), src.data(), src.size())) << e.name() << " changed src";
                             }
                         }
 }
@@ -106,7 +126,7 @@ TEST_P(Batch, EveryMemberGivesTheSingleCallsBytes)
 TEST_P(Batch, DistancesOfSrcAndDstAreTheirOwn)
 {
     const Entry& e = GetParam();
-    const int len = 12, count = 11, srcDist = 13, dstDist = 20;
+    const int len = 12, count = 11, srcDist = e.srcExtent(len) + 1, dstDist = e.dstExtent(len) + 8;
     const Bytes src = members(e, len, count, srcDist, 7);
     Bytes dst(static_cast<size_t>(count) * dstDist * e.elementBytes, 0x5A), expected = dst;
     for (int m = 0; m < count; ++m)
@@ -122,8 +142,8 @@ TEST_P(Batch, DistancesOfSrcAndDstAreTheirOwn)
 TEST_P(Batch, ChecksComeInTheirOrderAndLeaveDstUntouched)
 {
     const Entry& e = GetParam();
-    const int len = 8, count = 3;
-    const Bytes src = members(e, len, count, len, 1);
+    const int len = 8, count = 3, in = e.srcExtent(len), out = e.dstExtent(len);
+    const Bytes src = members(e, len, count, e.extent(len), 1);
     Bytes dst(src.size(), 0x5A);
     const Bytes before = dst;
     const auto status = [&](const void* s, int sd, void* d, int dd, int n, int c, int f) {
@@ -131,18 +151,18 @@ TEST_P(Batch, ChecksComeInTheirOrderAndLeaveDstUntouched)
     };
     for (int bad : {1, 65, 0, -1})
         EXPECT_EQ(status(nullptr, 0, nullptr, 0, bad, -1, 3), StatusSizeError) << bad;
-    EXPECT_EQ(status(nullptr, len, nullptr, len, len, -1, 3), StatusSizeError);
-    EXPECT_EQ(status(nullptr, len - 1, nullptr, len, len, count, 3), StatusSizeError);
-    EXPECT_EQ(status(nullptr, len, nullptr, len - 1, len, count, 3), StatusSizeError);
-    EXPECT_EQ(status(nullptr, len, dst.data(), len, len, count, 3), StatusNullPointer);
-    EXPECT_EQ(status(src.data(), len, nullptr, len, len, count, 3), StatusNullPointer);
+    EXPECT_EQ(status(nullptr, in, nullptr, out, len, -1, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, in - 1, nullptr, out, len, count, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, in, nullptr, out - 1, len, count, 3), StatusSizeError);
+    EXPECT_EQ(status(nullptr, in, dst.data(), out, len, count, 3), StatusNullPointer);
+    EXPECT_EQ(status(src.data(), in, nullptr, out, len, count, 3), StatusNullPointer);
     for (int flag : kBadFlags)
-        EXPECT_EQ(status(src.data(), len, dst.data(), len, len, count, flag), StatusScaleFlagError) << flag;
-    EXPECT_EQ(status(src.data(), len, dst.data(), len, len, 0, ScaleNoDivide), StatusOk);
+        EXPECT_EQ(status(src.data(), in, dst.data(), out, len, count, flag), StatusScaleFlagError) << flag;
+    EXPECT_EQ(status(src.data(), in, dst.data(), out, len, 0, ScaleNoDivide), StatusOk);
     EXPECT_TRUE(dst == before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Entries, Batch, testing::ValuesIn(kEntries),
-                         [](const testing::TestParamInfo<Entry>& info) { return std::string(info.param.name); });
+                         [](const testing::TestParamInfo<Entry>& info) { return info.param.name(); });
 
 } // namespace

@@ -144,12 +144,15 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
 {
     std::vector<const Graph*> all;
     for (const FramedKernel& k : file.kernels)
-        all.push_back(&k.graph);
+        if (k.sameBodyAs.empty())
+            all.push_back(&k.graph);
     std::ostringstream out;
     out << banner(invocation) << "#include \"batch_frame.h\"\n\n"
         << "namespace tvkgen::batch {\n\nnamespace {\n\n"
         << printConstants(all, false, "");
     for (const FramedKernel& k : file.kernels) {
+        if (!k.sameBodyAs.empty())
+            continue;
         const bool single = isSingle(k.scaleKind);
         const char* real = single ? "float" : "double";
         out << "\n// " << k.title << ", for the lanes of a batch.\n"
@@ -166,8 +169,8 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
     for (const FramedKernel& k : file.kernels) {
         const char* real = isSingle(k.scaleKind) ? "float" : "double";
         out << "\nvoid " << k.exportedName << "(const " << real << "* src, ptrdiff_t srcDist, " << real
-            << "* dst, ptrdiff_t dstDist, ptrdiff_t blocks, int pick)\n{\n    runBlocks<" << k.structName
-            << ">(src, srcDist, dst, dstDist, blocks, pick);\n}\n";
+            << "* dst, ptrdiff_t dstDist, ptrdiff_t blocks, int pick)\n{\n    runBlocks<"
+            << (k.sameBodyAs.empty() ? k.structName : k.sameBodyAs) << ">(src, srcDist, dst, dstDist, blocks, pick);\n}\n";
     }
     out << "\n} // namespace tvkgen::batch\n";
     return out.str();
