@@ -149,9 +149,10 @@ TVKG_INLINE void runBlocks(const Real* src, ptrdiff_t srcDist, Real* dst, ptrdif
 // An exported batch entry after its size test: a negative count, then a
 // distance shorter than one transform's extent (in elements), give
 // StatusSizeError; then the null tests and the flag as in a single call.
-// Whole blocks run in the lanes, the remainder through the single kernel.
-// Every block reads all of its transforms before it stores, so src == dst
-// with equal distances runs in place.
+// Whole blocks run in the lanes, the remainder (every member at a level
+// without batch lanes: `blocks` null) through the single kernel. Every
+// block reads all of its transforms before it stores, so src == dst with
+// equal distances runs in place.
 template <class Real, class Src, class Dst>
 TVKG_INLINE TvkStatus runBatch(BlocksFn<Real> blocks, TvkStatus (*single)(const Src*, Dst*, int, int), ScaleRow row,
                                const Src* src, int srcDist, Dst* dst, int dstDist, int len, int count, int flag,
@@ -164,9 +165,10 @@ TVKG_INLINE TvkStatus runBatch(BlocksFn<Real> blocks, TvkStatus (*single)(const 
     const int pick = scaleIndex(flag, row);
     if (pick < 0)
         return StatusScaleFlagError;
-    const ptrdiff_t whole = count / kLanes<Real>;
-    blocks(reinterpret_cast<const Real*>(src), ptrdiff_t{srcDist} * ptrdiff_t{sizeof(Src) / sizeof(Real)},
-           reinterpret_cast<Real*>(dst), ptrdiff_t{dstDist} * ptrdiff_t{sizeof(Dst) / sizeof(Real)}, whole, pick);
+    const ptrdiff_t whole = blocks ? count / kLanes<Real> : 0;
+    if (whole > 0)
+        blocks(reinterpret_cast<const Real*>(src), ptrdiff_t{srcDist} * ptrdiff_t{sizeof(Src) / sizeof(Real)},
+               reinterpret_cast<Real*>(dst), ptrdiff_t{dstDist} * ptrdiff_t{sizeof(Dst) / sizeof(Real)}, whole, pick);
     for (ptrdiff_t i = whole * kLanes<Real>; i < count; ++i)
         single(src + i * srcDist, dst + i * dstDist, len, flag);
     return StatusOk;

@@ -176,25 +176,33 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
     return out.str();
 }
 
-std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, const std::string& invocation)
+std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, bool lanes,
+                                  const std::string& invocation)
 {
     std::ostringstream out;
     out << banner(invocation) << "#include \"batch_frame.h\"\n#include \"tvkgen_batch.h\"\n";
     for (const BatchDispatcher& d : dispatchers) {
         const std::string real = d.sizes.srcElement.find("32f") != std::string::npos ? "float" : "double";
-        out << "\nnamespace tvkgen::batch {\n";
-        for (const std::string& entry : d.sizes.entries)
-            out << "void " << entry << "(const " << real << "*, ptrdiff_t, " << real << "*, ptrdiff_t, ptrdiff_t, int);\n";
-        out << "} // namespace tvkgen::batch\n\n"
-            << "TvkStatus " << batchName(d.sizes.name) << "(const " << d.sizes.srcElement << "* src, int srcDist, "
-            << d.sizes.dstElement << "* dst, int dstDist, int len, int count, int flag)\n{\n"
-            << "    static constexpr tvkgen::batch::BlocksFn<" << real << "> kBySize[] = {\n";
-        for (const std::string& entry : d.sizes.entries)
-            out << "        tvkgen::batch::" << entry << ",\n";
-        out << "    };\n"
-            << "    if (len < " << d.sizes.firstSize << " || len > " << d.sizes.firstSize + d.sizes.entries.size() - 1
+        if (lanes) {
+            out << "\nnamespace tvkgen::batch {\n";
+            for (const std::string& entry : d.sizes.entries)
+                out << "void " << entry << "(const " << real << "*, ptrdiff_t, " << real
+                    << "*, ptrdiff_t, ptrdiff_t, int);\n";
+            out << "} // namespace tvkgen::batch\n";
+        }
+        out << "\nTvkStatus " << batchName(d.sizes.name) << "(const " << d.sizes.srcElement << "* src, int srcDist, "
+            << d.sizes.dstElement << "* dst, int dstDist, int len, int count, int flag)\n{\n";
+        if (lanes) {
+            out << "    static constexpr tvkgen::batch::BlocksFn<" << real << "> kBySize[] = {\n";
+            for (const std::string& entry : d.sizes.entries)
+                out << "        tvkgen::batch::" << entry << ",\n";
+            out << "    };\n";
+        }
+        const std::string blocks =
+            lanes ? "kBySize[len - " + std::to_string(d.sizes.firstSize) + "]" : "tvkgen::batch::BlocksFn<" + real + ">{}";
+        out << "    if (len < " << d.sizes.firstSize << " || len > " << d.sizes.firstSize + d.sizes.entries.size() - 1
             << ")\n        return StatusSizeError;\n"
-            << "    return tvkgen::batch::runBatch(kBySize[len - " << d.sizes.firstSize << "], " << d.sizes.name
+            << "    return tvkgen::batch::runBatch(" << blocks << ", " << d.sizes.name
             << ", tvkgen::ScaleRow::" << d.scaleRow << ", src, srcDist, dst, dstDist, len, count, flag, "
             << d.srcExtent << ", " << d.dstExtent << ");\n}\n";
     }

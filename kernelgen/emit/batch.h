@@ -25,7 +25,9 @@ struct BatchDispatcher {
     std::string dstExtent;
 };
 
-std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, const std::string& invocation);
+// Without `lanes`, every member runs through the single kernel.
+std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, bool lanes,
+                                  const std::string& invocation);
 
 // The batch entry of a dispatcher: tvkgDFTFwd_CToC_32fc -> tvkgBatchDFTFwd_CToC_32fc.
 std::string batchName(const std::string& dispatcher);
