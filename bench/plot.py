@@ -2,6 +2,7 @@
 """Figures of a benchmark run: for each family and variant, the time per call
 of tvkgen and of its peer against size, and their ratio where there is a
 peer, both element types; sizes that are all powers of two on a log-2 axis.
+The ratio is against FFTW where it ran, else against the first other peer.
 
     tvkgen_bench --benchmark_out=results.json --benchmark_out_format=json
     python3 bench/plot.py results.json --out figures/
@@ -67,7 +68,17 @@ TITLES = {
     ("dct4", "run"): "DCT-IV, plan run",
     ("dct4", "init"): "DCT-IV, plan building",
 }
-PEERS = {"fftw": "FFTW", "loop": "plain loop"}
+BATCHES = {"batch_complex": "complex DFT", "batch_real_ccs": "real DFT, CCS layout", "batch_hartley": "Hartley"}
+PEERS = {"fftw": "FFTW", "loop": "plain loop", "singles": "loop of single calls", "copy": "copy of the bytes"}
+STYLES = {OURS: "-", "singles": ":", "copy": "-."}  # others, FFTW first, dashed
+
+
+def title(family, variant):
+    """Words for a figure; a batch variant is its direction and count."""
+    if family in BATCHES:
+        direction, count = variant.rsplit("_", 1)
+        return f"{BATCHES[family]} {direction}, batches of {count}"
+    return TITLES.get((family, variant), f"{family} {variant}")
 
 
 def powers_of_two(sizes):
@@ -83,14 +94,14 @@ def draw(key, types, path, where):
         figure, top = plt.subplots(figsize=(9, 4.5))
     sizes_drawn = set()
     for index, (type_, impls) in enumerate(sorted(types.items())):
-        color = f"C{index}"  # one color per element type, tvkgen solid, the peer dashed
+        color = f"C{index}"  # one color per element type, one line style per implementation
         for impl, by_size in sorted(impls.items()):
             sizes = sorted(by_size)
             sizes_drawn.update(sizes)
-            style = "-" if impl == OURS else "--"
+            style = STYLES.get(impl, "--")
             top.plot(sizes, [by_size[s] for s in sizes], style, color=color, marker=".",
                      label=f"{PEERS.get(impl, impl)} {type_}")
-        peers = [impl for impl in impls if impl != OURS]
+        peers = sorted((impl for impl in impls if impl != OURS), key=lambda impl: (impl != "fftw", impl))
         if OURS in impls and peers:
             ours, peer = impls[OURS], impls[peers[0]]
             sizes = sorted(set(ours) & set(peer))
@@ -98,7 +109,7 @@ def draw(key, types, path, where):
                         label=f"{type_}: tvkgen / {PEERS.get(peers[0], peers[0])}")
     top.set_ylabel("ns per call")
     top.set_yscale("log")
-    top.set_title(f"{TITLES.get(key, f'{family} {variant}')} ({where})")
+    top.set_title(f"{title(family, variant)} ({where})")
     top.legend(fontsize="small")
     top.grid(True, which="both", alpha=0.3)
     last = top
