@@ -7,6 +7,7 @@
 // C function; the functions of tvkgen::nothrow return the status instead.
 // std::complex<T> arrays are passed as they are: the standard lays a
 // complex number out as two T, real part first, as Tvk32fc and Tvk64fc.
+// tvkgen::batch runs many rows in one call where tvkgen_batch.h is present.
 #pragma once
 
 #include <complex>
@@ -375,3 +376,205 @@ private:
 };
 
 } // namespace tvkgen
+
+// ---- Many transforms of one size in one call --------------------------------------
+// The entries of libtvkgen_batch, where its header is installed; a program
+// that calls none of them links without that library.
+#if __has_include("tvkgen_batch.h")
+#include "tvkgen_batch.h"
+
+namespace tvkgen {
+
+// The rows of a batch: the whole block they lie in, and the distance in
+// elements from the start of one row to the start of the next.
+template <class E>
+struct rows_view {
+    std::span<E> block;
+    std::size_t dist;
+};
+
+template <class Range>
+auto rows(Range&& block, std::size_t dist)
+{
+    const auto s = std::span(block);
+    return rows_view<typename decltype(s)::element_type>{s, dist};
+}
+
+namespace detail {
+
+// An entry and its name, for the errors.
+template <class F>
+struct Named {
+    F fn;
+    const char* name;
+};
+
+template <class T>
+struct BatchApi;
+#define TVKG_BATCH(member, function) static constexpr Named<decltype(&function)> member{&function, #function};
+#define TVKG_BATCH_PRECISION(T, c, r)                                                                             \
+    template <>                                                                                                   \
+    struct BatchApi<T> {                                                                                          \
+        TVKG_BATCH(dftForward, tvkgBatchDFTFwd_CToC_##c) TVKG_BATCH(dftInverse, tvkgBatchDFTInv_CToC_##c)         \
+        TVKG_BATCH(toCcs, tvkgBatchDFTFwd_RToCCS_##r) TVKG_BATCH(toPack, tvkgBatchDFTFwd_RToPack_##r)             \
+        TVKG_BATCH(toPerm, tvkgBatchDFTFwd_RToPerm_##r) TVKG_BATCH(fromCcs, tvkgBatchDFTInv_CCSToR_##r)           \
+        TVKG_BATCH(fromPack, tvkgBatchDFTInv_PackToR_##r) TVKG_BATCH(fromPerm, tvkgBatchDFTInv_PermToR_##r)       \
+        TVKG_BATCH(hartley, tvkgBatchHartley_##r)                                                                 \
+    };
+TVKG_BATCH_PRECISION(float, 32fc, 32f)
+TVKG_BATCH_PRECISION(double, 64fc, 64f)
+#undef TVKG_BATCH_PRECISION
+#undef TVKG_BATCH
+
+template <class T, bool inverse, class Layout>
+constexpr auto batchReal(Layout)
+{
+    using B = BatchApi<T>;
+    if constexpr (std::is_same_v<Layout, ccs_t>)
+        return inverse ? B::fromCcs : B::toCcs;
+    else if constexpr (std::is_same_v<Layout, pack_t>)
+        return inverse ? B::fromPack : B::toPack;
+    else
+        return inverse ? B::fromPerm : B::toPerm;
+}
+
+// The rows' first element as the C function takes it.
+template <class E>
+auto* first(rows_view<E> r) noexcept
+{
+    if constexpr (requires { cx(r.block.data()); })
+        return cx(r.block.data());
+    else
+        return r.block.data();
+}
+
+// Whether `count` rows of `extent` elements lie in the block.
+template <class E>
+bool covers(rows_view<E> r, std::size_t extent, std::size_t count) noexcept
+{
+    const std::size_t step = r.dist > 0 ? r.dist : 1;
+    return count == 0 || (r.block.size() >= extent && count - 1 <= (r.block.size() - extent) / step);
+}
+
+// The C function's int, or -1 (which its checks refuse) where the value has none.
+inline int narrow(std::size_t v) noexcept { return v > 0x7fffffff ? -1 : static_cast<int>(v); }
+
+// One batch call; StatusSizeError, and no call, where the rows do not lie
+// in their blocks.
+template <class F, class In, class Out>
+Result batch(Named<F> entry, rows_view<In> in, std::size_t inExtent, rows_view<Out> out, std::size_t outExtent,
+             std::size_t len, std::size_t count, scale s) noexcept
+{
+    if (!covers(in, inExtent, count) || !covers(out, outExtent, count))
+        return {StatusSizeError, entry.name};
+    return {entry.fn(first(in), narrow(in.dist), first(out), narrow(out.dist), narrow(len), narrow(count),
+                     static_cast<int>(s)),
+            entry.name};
+}
+
+template <bool inverse, class In, class Out>
+Result dftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    using B = BatchApi<typename std::remove_cv_t<In>::value_type>;
+    return batch(inverse ? B::dftInverse : B::dftForward, in, len, out, len, len, count, s);
+}
+
+template <class Layout, class In, class Out>
+Result rfftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    const auto entry = batchReal<std::remove_cv_t<In>, false>(Layout{});
+    return batch(entry, in, len, out, spectrum_cells<Layout>(len), len, count, s);
+}
+
+template <class Layout, class In, class Out>
+Result irfftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    const auto entry = batchReal<Out, true>(Layout{});
+    return batch(entry, in, spectrum_cells<Layout>(len), out, len, len, count, s);
+}
+
+template <class In, class Out>
+Result hartleyBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return batch(BatchApi<std::remove_cv_t<In>>::hartley, in, len, out, len, len, count, s);
+}
+
+} // namespace detail
+
+// `count` transforms of `len` points, row m of `in` into row m of `out`,
+// each row giving the bytes of the single call of the same name; the rows
+// must lie in their blocks ((count - 1) * dist + the row's extent elements),
+// else StatusSizeError. The same rows in and out run in place. Statuses
+// come back from tvkgen::nothrow::batch and are thrown from tvkgen::batch.
+namespace nothrow::batch {
+
+template <class In, class Out>
+TvkStatus dft_forward(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return detail::dftBatch<false>(in, out, len, count, s).status;
+}
+
+template <class In, class Out>
+TvkStatus dft_inverse(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return detail::dftBatch<true>(in, out, len, count, s).status;
+}
+
+// Rows of len reals into rows of spectrum_cells<Layout>(len) cells.
+template <class Layout, class In, class Out>
+TvkStatus rfft(Layout, rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return detail::rfftBatch<Layout>(in, out, len, count, s).status;
+}
+
+template <class Layout, class In, class Out>
+TvkStatus irfft(Layout, rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return detail::irfftBatch<Layout>(in, out, len, count, s).status;
+}
+
+template <class In, class Out>
+TvkStatus hartley(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
+{
+    return detail::hartleyBatch(in, out, len, count, s).status;
+}
+
+} // namespace nothrow::batch
+
+namespace batch {
+
+template <class In, class Out>
+void dft_forward(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
+{
+    detail::raise(detail::dftBatch<false>(in, out, len, count, s));
+}
+
+template <class In, class Out>
+void dft_inverse(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
+{
+    detail::raise(detail::dftBatch<true>(in, out, len, count, s));
+}
+
+template <class Layout, class In, class Out>
+void rfft(Layout, rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
+{
+    detail::raise(detail::rfftBatch<Layout>(in, out, len, count, s));
+}
+
+template <class Layout, class In, class Out>
+void irfft(Layout, rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
+{
+    detail::raise(detail::irfftBatch<Layout>(in, out, len, count, s));
+}
+
+template <class In, class Out>
+void hartley(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
+{
+    detail::raise(detail::hartleyBatch(in, out, len, count, s));
+}
+
+} // namespace batch
+
+} // namespace tvkgen
+
+#endif

@@ -2,16 +2,19 @@
 // the bytes that the single kernel of its size gives it, for every size,
 // type, direction and flag, counts past two lane widths with a remainder,
 // distances with gaps (left untouched), any address and in place; and the
-// checks in their documented order, with dst untouched on failure.
+// checks in their documented order, with dst untouched on failure; calls
+// from several threads at once; the C++ calls of tvkgen.hpp.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <complex>
 #include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "test_support.h"
+#include "tvkgen.hpp"
 #include "tvkgen_batch.h"
 
 using namespace tvktest;
@@ -162,7 +165,96 @@ TEST_P(Batch, ChecksComeInTheirOrderAndLeaveDstUntouched)
     EXPECT_TRUE(dst == before);
 }
 
+// The entries hold no state: threads calling one at once, every size, get
+// the bytes of a single thread.
+TEST_P(Batch, ThreadsAtOnceGetTheBytesOfOneThread)
+{
+    const Entry& e = GetParam();
+    EXPECT_TRUE(threadsGiveTheResultOfOne([&](int) {
+        std::vector<Bytes> outputs;
+        for (int len = 2; len <= 64; ++len) {
+            const Bytes src = members(e, len, 17, e.extent(len), len);
+            Bytes& dst = outputs.emplace_back(src.size(), 0x5A);
+            EXPECT_EQ(callBatch(e, src.data(), e.extent(len), dst.data(), e.extent(len), len, 17, ScaleDivBySqrtN),
+                      StatusOk);
+        }
+        return outputs;
+    }));
+}
+
 INSTANTIATE_TEST_SUITE_P(Entries, Batch, testing::ValuesIn(kEntries),
                          [](const testing::TestParamInfo<Entry>& info) { return info.param.name(); });
+
+template <class T>
+class BatchCpp : public testing::Test {};
+using RealTypes = testing::Types<float, double>;
+TYPED_TEST_SUITE(BatchCpp, RealTypes);
+
+// Each C++ call gives its C entry's bytes on the same rows, refuses rows
+// that do not lie in their blocks, and throws or returns the entry's status
+// with its name.
+TYPED_TEST(BatchCpp, CallsGiveTheEntriesBytesAndStatuses)
+{
+    using T = TypeParam;
+    const std::string type = std::is_same_v<T, float> ? "_32f" : "_64f";
+    constexpr std::size_t len = 12, count = 9, dist = 16;
+    const tvkgen::scale sqrt = tvkgen::scale::by_sqrt_n;
+    const std::vector<T> x = randomReals<T>(2 * count * dist, 3);
+    std::vector<std::complex<T>> z;
+    for (std::size_t i = 0; i < x.size(); i += 2)
+        z.emplace_back(x[i], x[i + 1]);
+    std::vector<T> y(x.size());
+    const auto check = [&]<class E>(const std::string& entry, const std::vector<E>& in, std::size_t outLength,
+                                    auto call) {
+        const auto e = std::ranges::find(kEntries, entry, &Entry::name);
+        ASSERT_NE(e, std::end(kEntries)) << entry;
+        std::vector<E> want(outLength), got(outLength);
+        ASSERT_EQ(callBatch(*e, in.data(), dist, want.data(), dist, len, count, ScaleDivBySqrtN), StatusOk);
+        call(tvkgen::rows(in, dist), tvkgen::rows(got, dist));
+        EXPECT_TRUE(sameBits(got.data(), want.data(), outLength)) << entry;
+    };
+    check("DFTFwd_CToC" + type + "c", z, z.size(),
+          [&](auto in, auto out) { tvkgen::batch::dft_forward(in, out, len, count, sqrt); });
+    check("DFTInv_CToC" + type + "c", z, z.size(),
+          [&](auto in, auto out) { tvkgen::batch::dft_inverse(in, out, len, count, sqrt); });
+    check("Hartley" + type, x, x.size(), [&](auto in, auto out) { tvkgen::batch::hartley(in, out, len, count, sqrt); });
+    const auto layoutCase = [&](auto layout, const std::string& name) {
+        // Blocks just long enough: the last row ends the block.
+        const std::size_t cells = tvkgen::spectrum_cells<decltype(layout)>(len);
+        const std::vector<T> reals(x.begin(), x.begin() + (count - 1) * dist + len);
+        const std::vector<T> spectra(x.begin(), x.begin() + (count - 1) * dist + cells);
+        check("DFTFwd_RTo" + name + type, reals, spectra.size(),
+              [&](auto in, auto out) { tvkgen::batch::rfft(layout, in, out, len, count, sqrt); });
+        check("DFTInv_" + name + "ToR" + type, spectra, reals.size(),
+              [&](auto in, auto out) { tvkgen::batch::irfft(layout, in, out, len, count, sqrt); });
+        // One element short in either block.
+        std::vector<T> out(spectra.size() - 1);
+        EXPECT_EQ(tvkgen::nothrow::batch::rfft(layout, tvkgen::rows(reals, dist), tvkgen::rows(out, dist), len, count,
+                                               sqrt),
+                  StatusSizeError);
+        const std::span<const T> shortReals(reals.data(), reals.size() - 1);
+        EXPECT_EQ(tvkgen::nothrow::batch::rfft(layout, tvkgen::rows(shortReals, dist), tvkgen::rows(y, dist), len,
+                                               count, sqrt),
+                  StatusSizeError);
+    };
+    layoutCase(tvkgen::ccs, "CCS");
+    layoutCase(tvkgen::pack, "Pack");
+    layoutCase(tvkgen::perm, "Perm");
+
+    const auto thrown = [&](std::size_t n, std::size_t c, std::size_t d, tvkgen::scale s) -> std::string {
+        try {
+            tvkgen::batch::hartley(tvkgen::rows(x, d), tvkgen::rows(y, d), n, c, s);
+        } catch (const tvkgen::error& e) {
+            return e.function() + " " + std::to_string(e.status());
+        }
+        return "";
+    };
+    const std::string name = "tvkgBatchHartley" + type + " ";
+    EXPECT_EQ(thrown(len, 2 * count + 1, dist, sqrt), name + std::to_string(StatusSizeError)); // past the block
+    EXPECT_EQ(thrown(65, 1, 65, sqrt), name + std::to_string(StatusSizeError));
+    EXPECT_EQ(thrown(len, count, len - 1, sqrt), name + std::to_string(StatusSizeError));
+    EXPECT_EQ(thrown(len, count, dist, static_cast<tvkgen::scale>(3)), name + std::to_string(StatusScaleFlagError));
+    EXPECT_EQ(thrown(len, 0, dist, sqrt), "");
+}
 
 } // namespace
