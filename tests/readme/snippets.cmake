@@ -1,7 +1,10 @@
 # README's code blocks of one language, compiled and run as they stand, so
 # that they cannot rot. CTest runs it as
 #   cmake -DREADME=<README.md> -DLANGUAGE=c|cpp|python -DWORK=<folder>
-#         -DCOMMAND=<compiler and flags, or a Python> [-DLINK=<libraries>] -P snippets.cmake
+#         -DCOMMAND=<compiler and flags, or a Python> [-DLINK=<libraries>]
+#         [-DSKIP=<text>] -P snippets.cmake
+# A block that contains SKIP's text is left out (the batch blocks, in a
+# build without libtvkgen_batch).
 # A C or C++ block's leading preprocessor lines stay at file scope and the
 # rest becomes the body of main(), so a fragment compiles without a word
 # added to the README; #line points a compiler's messages at README's lines.
@@ -89,6 +92,13 @@ while(TRUE)
     count_lines("${whole}" ${offset} line)
     math(EXPR line "${line} + 1")
     math(EXPR number "${number} + 1")
+    if(DEFINED SKIP)
+        string(FIND "${block}" "${SKIP}" skipped)
+        if(NOT skipped EQUAL -1)
+            message(STATUS "README's ${LANGUAGE} block at line ${line} is left out")
+            continue()
+        endif()
+    endif()
     if(LANGUAGE STREQUAL "python")
         run_python("${block}" ${line} ${number})
     else()
