@@ -12,6 +12,9 @@
 #include "test_support.h"
 #include "tvkcore.h"
 #include "tvkgen.h"
+#ifdef TVKGEN_FUZZ_BATCH
+#include "tvkgen_batch.h"
+#endif
 
 namespace tvkfuzz {
 
@@ -76,7 +79,42 @@ const std::vector<Export>& table()
     return t;
 }
 
-// The fields of one call, read from the front of the fuzz bytes.
+// The batch entries, each beside the single dispatcher whose bytes its
+// members get; none where libtvkgen_batch is not built.
+struct BatchEntry {
+    const Export* single;
+    void* fn;
+};
+
+const std::vector<BatchEntry>& batchTable()
+{
+    static const std::vector<BatchEntry> t = [] {
+        std::vector<BatchEntry> entries;
+#ifdef TVKGEN_FUZZ_BATCH
+#define TVKG_BATCH(single) {"tvkg" #single, reinterpret_cast<void*>(&tvkgBatch##single)},
+        const std::pair<std::string_view, void*> named[] = {
+            TVKG_BATCH(DFTFwd_CToC_32fc) TVKG_BATCH(DFTInv_CToC_32fc) TVKG_BATCH(DFTFwd_CToC_64fc)
+            TVKG_BATCH(DFTInv_CToC_64fc) TVKG_BATCH(DFTFwd_RToCCS_32f) TVKG_BATCH(DFTFwd_RToPack_32f)
+            TVKG_BATCH(DFTFwd_RToPerm_32f) TVKG_BATCH(DFTFwd_RToCCS_64f) TVKG_BATCH(DFTFwd_RToPack_64f)
+            TVKG_BATCH(DFTFwd_RToPerm_64f) TVKG_BATCH(DFTInv_CCSToR_32f) TVKG_BATCH(DFTInv_PackToR_32f)
+            TVKG_BATCH(DFTInv_PermToR_32f) TVKG_BATCH(DFTInv_CCSToR_64f) TVKG_BATCH(DFTInv_PackToR_64f)
+            TVKG_BATCH(DFTInv_PermToR_64f) TVKG_BATCH(Hartley_32f) TVKG_BATCH(Hartley_64f)};
+#undef TVKG_BATCH
+        for (const auto& [name, fn] : named)
+            for (const Export& e : kListed)
+                if (e.shape == Shape::DISPATCHER && e.name == name)
+                    entries.push_back({&e, fn});
+        if (entries.size() != std::size(named))
+            std::abort();
+#endif
+        return entries;
+    }();
+    return t;
+}
+
+// The fields of one call, read from the front of the fuzz bytes. A batch
+// call indexes the batch entries and has a count and the distances'
+// gaps beyond one transform (negative: too short).
 struct Call {
     size_t index;
     int32_t len;
@@ -85,6 +123,8 @@ struct Call {
     bool inPlace, nullSrc, nullDst, callerBuffer;
     const uint8_t* data;
     size_t dataSize;
+    bool batch;
+    int count, srcGap, dstGap;
 };
 
 template <class T>
@@ -97,12 +137,19 @@ T take(const uint8_t*& p, const uint8_t* end)
     return v;
 }
 
+// Mostly no gap, often one of up to 15 elements, sometimes 1 to 4 short.
+int gapOf(uint8_t byte) { return byte >= 0xF0 ? -1 - (byte & 3) : byte >= 0x80 ? byte & 15 : 0; }
+
 Call decode(const uint8_t* data, size_t size)
 {
     const uint8_t* p = data;
     const uint8_t* end = data + size;
     Call c{};
-    c.index = take<uint16_t>(p, end) % table().size();
+    // Indices from 0x8000 on pick a batch entry; the committed corpus's
+    // inputs all lie below.
+    const uint16_t index = take<uint16_t>(p, end);
+    c.batch = (index & 0x8000) && !batchTable().empty();
+    c.index = c.batch ? (index & 0x7fff) % batchTable().size() : index % table().size();
     c.len = take<int32_t>(p, end);
     c.flag = take<int32_t>(p, end);
     const uint8_t offsets = take<uint8_t>(p, end), mode = take<uint8_t>(p, end);
@@ -118,6 +165,13 @@ Call decode(const uint8_t* data, size_t size)
         c.flag = 1 << (c.flag & 3);
     if (mode & 32)
         c.len = 1 + static_cast<int32_t>(static_cast<uint32_t>(c.len) % 64);
+    if (c.batch) {
+        // Counts 0 to 20, past two lane widths of 8; sometimes -1 to -16.
+        const uint8_t count = take<uint8_t>(p, end);
+        c.count = count < 0xF0 ? count % 21 : 0xEF - count;
+        c.srcGap = gapOf(take<uint8_t>(p, end));
+        c.dstGap = gapOf(take<uint8_t>(p, end));
+    }
     c.data = p;
     c.dataSize = static_cast<size_t>(end - p);
     return c;
@@ -269,8 +323,80 @@ std::string checkDct4(const Export& e, const Call& c)
     return a.snapshot() == b.snapshot() ? "" : std::string(e.name) + ": InitAlloc's plan gives other bytes";
 }
 
+template <class T>
+TvkStatus callBatchAs(void* fn, const void* src, int srcDist, void* dst, int dstDist, int len, int count, int flag)
+{
+    return reinterpret_cast<TvkStatus (*)(const T*, int, T*, int, int, int, int)>(fn)(
+        static_cast<const T*>(src), srcDist, static_cast<T*>(dst), dstDist, len, count, flag);
+}
+
+// A batch call: the status of the first check that fails in the entries'
+// order (length, count, distances, src, dst, flag), nothing touched on
+// failure, and on success every member the bytes of the single call at its
+// place (a NaN's sign and payload aside, as between the single call's
+// bodies), nothing else in dst touched, src untouched out of place.
+std::string checkBatch(const Call& c)
+{
+    const BatchEntry& b = batchTable()[c.index];
+    const Export& e = *b.single;
+    const std::string name = "tvkgBatch" + std::string(e.name.substr(4));
+    const bool complex = e.type.ends_with("c");
+    const size_t elementBytes = (complex ? 2 : 1) * e.realBytes();
+    const bool goodLen = c.len >= 2 && c.len <= 64;
+    const int n = goodLen ? c.len : 2;
+    const int in = e.count(n, false) / (complex ? 2 : 1), out = e.count(n, true) / (complex ? 2 : 1);
+    const int srcDist = (c.inPlace ? std::max(in, out) : in) + c.srcGap;
+    const int dstDist = c.inPlace ? srcDist : out + c.dstGap;
+    const TvkStatus expected = !goodLen || c.count < 0 || srcDist < in || dstDist < out ? StatusSizeError
+                               : c.nullSrc || c.nullDst                             ? StatusNullPointer
+                               : goodFlag(c.flag)                                   ? StatusOk
+                                                                                    : StatusScaleFlagError;
+    // Bytes from the first member to the end of the last (of one where the
+    // count is not positive).
+    const auto reach = [&](int dist, int extent) {
+        return ((static_cast<size_t>(std::max(c.count, 1)) - 1) * std::max(dist, extent) + extent) * elementBytes;
+    };
+    const size_t srcBytes = reach(srcDist, c.inPlace ? std::max(in, out) : in);
+    Guarded src(srcBytes, c.srcOffset), dst(c.inPlace ? 0 : reach(dstDist, out), c.dstOffset);
+    fill(src.get(), srcBytes, c);
+    Guarded& outArray = c.inPlace ? src : dst;
+    std::vector<uint8_t> want = outArray.snapshot();
+    for (int m = 0; expected == StatusOk && m < c.count; ++m) {
+        Guarded one(out * elementBytes, 0);
+        if (call(e, src.get() + m * srcDist * elementBytes, one.get(), c.len, c.flag) != StatusOk)
+            return std::string(e.name) + ": the single call failed";
+        std::memcpy(want.data() + m * dstDist * elementBytes, one.get(), one.bytes());
+    }
+    const auto srcBefore = src.all(), dstBefore = dst.all();
+    const auto run = complex ? (e.realBytes() == 8 ? callBatchAs<Tvk64fc> : callBatchAs<Tvk32fc>)
+                             : (e.realBytes() == 8 ? callBatchAs<Tvk64f> : callBatchAs<Tvk32f>);
+    const TvkStatus status = run(b.fn, c.nullSrc ? nullptr : src.get(), srcDist, c.nullDst ? nullptr : outArray.get(),
+                                 dstDist, c.len, c.count, c.flag);
+    if (status != expected)
+        return name + ": status " + std::to_string(status) + ", the checks' order gives " + std::to_string(expected);
+    if (status != StatusOk)
+        return src.all() == srcBefore && dst.all() == dstBefore ? "" : name + ": a failed call wrote";
+    if (!c.inPlace && src.all() != srcBefore)
+        return name + ": src changed";
+    if (const auto byte = outArray.changedOutside(c.inPlace ? srcBefore : dstBefore, outArray.bytes()))
+        return name + ": byte " + std::to_string(*byte) + " past the rows changed";
+    // The members as sameNumbers reads them; then the bytes between them.
+    std::vector<uint8_t> got = outArray.snapshot();
+    for (int m = 0; m < c.count; ++m) {
+        const auto first = static_cast<std::ptrdiff_t>(m * dstDist * elementBytes);
+        const auto last = first + static_cast<std::ptrdiff_t>(out * elementBytes);
+        if (!sameNumbers({got.begin() + first, got.begin() + last}, {want.begin() + first, want.begin() + last},
+                         e.realBytes()))
+            return name + ": member " + std::to_string(m) + " differs from the single call";
+        std::copy(want.begin() + first, want.begin() + last, got.begin() + first);
+    }
+    return got == want ? "" : name + ": a byte between members changed";
+}
+
 std::string checkCall(const Call& c)
 {
+    if (c.batch)
+        return checkBatch(c);
     const Export& e = table()[c.index];
     const bool nulls = c.nullSrc || c.nullDst;
     const TvkStatus frame = nulls ? StatusNullPointer : goodFlag(c.flag) ? StatusOk : StatusScaleFlagError;
@@ -318,6 +444,8 @@ std::string checkCall(const Call& c)
 
 size_t exportCount() { return table().size(); }
 
+size_t batchEntryCount() { return batchTable().size(); }
+
 std::string checkOneCall(const uint8_t* data, size_t size) { return checkCall(decode(data, size)); }
 
 std::string checkEdgeCalls(size_t& calls)
@@ -329,20 +457,52 @@ std::string checkEdgeCalls(size_t& calls)
                                       0x01, 0x00, 0x00, 0x00, 0xff, 0xff, 0x7f, 0x7f};
     const int32_t flags[] = {0, 3, 5, 6, 7, 9, 10, 12, 16, 264, -1, 2147483647, 1, 2, 4, 8};
     const int32_t lens[] = {0, 1, -1, 65, 14, -2147483647 - 1, 2147483647, 2, 13, 64};
-    calls = 0;
-    for (size_t index = 0; index < table().size(); ++index)
+    const auto edges = [&](Call c) {
         for (int nulls = 0; nulls < 4; ++nulls)
             for (int32_t flag : flags)
                 for (int32_t len : lens) {
                     ++calls;
-                    const std::string problem =
-                        checkCall({.index = index, .len = len, .flag = flag, .srcOffset = 1, .dstOffset = 3,
-                                   .inPlace = false, .nullSrc = (nulls & 1) != 0, .nullDst = (nulls & 2) != 0,
-                                   .callerBuffer = false, .data = kData, .dataSize = sizeof kData});
-                    if (!problem.empty())
+                    c.nullSrc = (nulls & 1) != 0;
+                    c.nullDst = (nulls & 2) != 0;
+                    c.flag = flag;
+                    c.len = len;
+                    if (std::string problem = checkCall(c); !problem.empty())
                         return problem;
                 }
-    return "";
+        return std::string();
+    };
+    Call base{};
+    base.srcOffset = 1;
+    base.dstOffset = 3;
+    base.data = kData;
+    base.dataSize = sizeof kData;
+    calls = 0;
+    std::string problem;
+    for (size_t index = 0; index < table().size() && problem.empty(); ++index) {
+        Call c = base;
+        c.index = index;
+        problem = edges(c);
+    }
+    // The batch entries with a bad count, each distance one short, and good
+    // ones in and out of place.
+    const struct {
+        int count, srcGap, dstGap;
+        bool inPlace;
+    } shapes[] = {{-1, 0, 0, false}, {0, 0, 0, false}, {3, -1, 0, false}, {3, 0, -1, false}, {17, 2, 5, false},
+                  {9, 1, 1, true}};
+    for (size_t index = 0; index < batchTable().size() && problem.empty(); ++index)
+        for (const auto& shape : shapes) {
+            Call c = base;
+            c.index = index;
+            c.batch = true;
+            c.count = shape.count;
+            c.srcGap = shape.srcGap;
+            c.dstGap = shape.dstGap;
+            c.inPlace = shape.inPlace;
+            if (problem = edges(c); !problem.empty())
+                break;
+        }
+    return problem;
 }
 
 } // namespace tvkfuzz

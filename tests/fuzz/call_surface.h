@@ -23,4 +23,7 @@ std::string checkEdgeCalls(size_t& calls);
 // How many exports the table holds (those this build has).
 size_t exportCount();
 
+// How many batch entries the fuzz calls reach (none without libtvkgen_batch).
+size_t batchEntryCount();
+
 } // namespace tvkfuzz

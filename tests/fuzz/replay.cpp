@@ -3,7 +3,8 @@
 //
 //   fuzz_replay DIR...       every file of each directory, one call each
 //   fuzz_replay --seed DIR   writes the seed corpus (a few hundred calls
-//                            over every export, valid and invalid)
+//                            over every export and batch entry, valid and
+//                            invalid)
 //   fuzz_replay --edges      every export with every bad argument of its
 //                            frame, and good ones beside them
 #include <cstdio>
@@ -39,7 +40,24 @@ int writeSeeds(const std::filesystem::path& dir)
             std::ofstream(dir / ("seed-" + std::to_string(written++))).write(
                 reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         }
-    std::printf("wrote %d seeds for %zu exports\n", written, exports);
+    // Then each batch entry (indices from 0x8000 on) with valid flags and
+    // lengths, random counts and gaps, in place in every other one; nulls
+    // and raw values in the last of its four.
+    const size_t batch = tvkfuzz::batchEntryCount();
+    int batchSeeds = 0;
+    for (size_t index = 0; index < batch; ++index)
+        for (int variant = 0; variant < 4; ++variant) {
+            std::vector<uint8_t> bytes(16 + 64);
+            for (uint8_t& b : bytes)
+                b = static_cast<uint8_t>(rng());
+            bytes[0] = static_cast<uint8_t>(index);
+            bytes[1] = static_cast<uint8_t>(0x80 | index >> 8);
+            if (variant < 3)
+                bytes[11] = static_cast<uint8_t>(0x30 | (variant & 1) | (bytes[11] & 8)); // the mode byte
+            std::ofstream(dir / ("batch-seed-" + std::to_string(batchSeeds++))).write(
+                reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        }
+    std::printf("wrote %d seeds for %zu exports and %d for %zu batch entries\n", written, exports, batchSeeds, batch);
     return 0;
 }
 
