@@ -63,6 +63,16 @@ TVKG_DECLARE_BATCH(tvkgBatchHartley_64f, Tvk64f)
 
 #undef TVKG_DECLARE_BATCH
 
+/* Walsh-Hadamard: orders 1..13 as tvkgWHT_32f and tvkgWHT_64f, 2^order
+ * numbers in and out; the order is tested first, the distances against
+ * 2^order. `buffer`, for orders 8..13, is one buffer of the single call's
+ * size and rules (tvkgWHTGetBufferSize_*) that the members use one after
+ * another; when it is null a batch that needs one allocates it once. */
+TVKG_API TvkStatus tvkgBatchWHT_32f(const Tvk32f* src, int srcDist, Tvk32f* dst, int dstDist, int order, int count,
+                                    int flag, uint8_t* buffer);
+TVKG_API TvkStatus tvkgBatchWHT_64f(const Tvk64f* src, int srcDist, Tvk64f* dst, int dstDist, int order, int count,
+                                    int flag, uint8_t* buffer);
+
 #ifdef __cplusplus
 }
 #endif

@@ -3,16 +3,19 @@
 // type, direction and flag, counts past two lane widths with a remainder,
 // distances with gaps (left untouched), any address and in place; and the
 // checks in their documented order, with dst untouched on failure; calls
-// from several threads at once; the C++ calls of tvkgen.hpp.
+// from several threads at once; the C++ calls of tvkgen.hpp. The
+// Walsh-Hadamard entries, which take a work buffer, have their own section.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <complex>
 #include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "alloc_probe.h"
 #include "test_support.h"
 #include "tvkgen.hpp"
 #include "tvkgen_batch.h"
@@ -255,6 +258,120 @@ TYPED_TEST(BatchCpp, CallsGiveTheEntriesBytesAndStatuses)
     EXPECT_EQ(thrown(len, count, len - 1, sqrt), name + std::to_string(StatusSizeError));
     EXPECT_EQ(thrown(len, count, dist, static_cast<tvkgen::scale>(3)), name + std::to_string(StatusScaleFlagError));
     EXPECT_EQ(thrown(len, 0, dist, sqrt), "");
+}
+
+// ---- Walsh-Hadamard -----------------------------------------------------------
+
+template <class Real>
+struct Wht;
+template <>
+struct Wht<float> {
+    static constexpr auto batch = tvkgBatchWHT_32f;
+    static constexpr auto single = tvkgWHT_32f;
+    static constexpr auto bufferSize = tvkgWHTGetBufferSize_32f;
+};
+template <>
+struct Wht<double> {
+    static constexpr auto batch = tvkgBatchWHT_64f;
+    static constexpr auto single = tvkgWHT_64f;
+    static constexpr auto bufferSize = tvkgWHTGetBufferSize_64f;
+};
+
+// Numbers of magnitudes 2^-24 to 2^24, whose sums round differently in
+// every other order of association.
+template <class Real>
+std::vector<Real> mixedMagnitudes(size_t count, unsigned seed)
+{
+    std::vector<Real> v = randomReals<Real>(count, seed);
+    std::mt19937 rng(seed + 1);
+    for (Real& x : v)
+        x = std::ldexp(x, static_cast<int>(rng() % 49) - 24);
+    return v;
+}
+
+template <class Real>
+class BatchWht : public testing::Test {};
+TYPED_TEST_SUITE(BatchWht, RealTypes);
+
+// Every order, flag, count to past two lane widths, distances of one
+// transform and with gaps (dst's larger than src's), aligned, misaligned
+// and odd addresses, in place, with the caller's buffer and without (one
+// allocation per batch).
+TYPED_TEST(BatchWht, EveryMemberGivesTheSingleCallsBytes)
+{
+    using Real = TypeParam;
+    for (int order = 1; order <= 13; ++order) {
+        const int n = 1 << order;
+        int32_t bufferBytes = 0;
+        ASSERT_EQ(Wht<Real>::bufferSize(order, &bufferBytes), StatusOk);
+        OffsetArray<unsigned char> buffer(bufferBytes, 0);
+        for (int flag : kGoodFlags)
+            for (int count : {0, 1, 2, 3, 5, 9, 17})
+                for (int gap : {0, 3})
+                    for (int offset : {0, 4, 1})
+                        for (bool inPlace : {false, true})
+                            for (bool withBuffer : {false, true}) {
+                                const int srcDist = n + gap, dstDist = inPlace ? srcDist : n + 2 * gap;
+                                // One number past the last member, which stays as it is.
+                                const std::vector<Real> src =
+                                    mixedMagnitudes<Real>(size_t(count) * srcDist + 1, order * 100 + count);
+                                OffsetArray<Real> in(src.size(), offset),
+                                    out(size_t(count) * dstDist + 1, offset, 0x5A);
+                                in.copyFrom(src.data());
+                                Real* dst = inPlace ? in.get() : out.get();
+                                Bytes expected = inPlace ? in.snapshot() : out.snapshot();
+                                for (int m = 0; m < count; ++m)
+                                    ASSERT_EQ(Wht<Real>::single(src.data() + m * srcDist,
+                                                                reinterpret_cast<Real*>(expected.data()) + m * dstDist,
+                                                                order, flag, nullptr),
+                                              StatusOk);
+                                probe.reset();
+                                ASSERT_EQ(Wht<Real>::batch(in.get(), srcDist, dst, dstDist, order, count, flag,
+                                                           withBuffer ? buffer.get() : nullptr),
+                                          StatusOk);
+                                // A null buffer is allocated once per batch, where a member needs one, and freed.
+                                const int mallocs = !withBuffer && order >= 8 && count > 0;
+                                EXPECT_EQ(probe.mallocs, mallocs) << "order " << order << " count " << count;
+                                EXPECT_TRUE(!mallocs || probe.lastBytes == uint32_t(buffer.bytes()));
+                                EXPECT_EQ(probe.lastFreed, probe.lastBlock);
+                                EXPECT_TRUE(sameBits(reinterpret_cast<unsigned char*>(dst), expected.data(),
+                                                     expected.size()))
+                                    << "order " << order << " flag " << flag << " count " << count << " gap " << gap
+                                    << " offset " << offset << (inPlace ? " in place" : "")
+                                    << (withBuffer ? " with buffer" : "");
+                                if (!inPlace) {
+                                    EXPECT_TRUE(sameBits(in.get(), src.data(), src.size())) << "changed src";
+                                }
+                            }
+    }
+}
+
+// The checks in order: order, count, distances against 2^order, src, dst,
+// flag; each failure leaves dst untouched, and a count of 0 succeeds
+// without touching it.
+TYPED_TEST(BatchWht, ChecksComeInTheirOrderAndLeaveDstUntouched)
+{
+    using Real = TypeParam;
+    for (int order : {1, 9}) {
+        const int n = 1 << order, count = 3;
+        const std::vector<Real> src = mixedMagnitudes<Real>(size_t(count) * n, 1);
+        std::vector<Real> dst(src.size(), Real(7));
+        const std::vector<Real> before = dst;
+        const auto status = [](const Real* s, int sd, Real* d, int dd, int o, int c, int f) {
+            return Wht<Real>::batch(s, sd, d, dd, o, c, f, nullptr);
+        };
+        for (int bad : {0, 14, -1})
+            EXPECT_EQ(status(nullptr, 0, nullptr, 0, bad, -1, 3), StatusSizeError) << bad;
+        EXPECT_EQ(status(nullptr, n, nullptr, n, order, -1, 3), StatusSizeError);
+        EXPECT_EQ(status(nullptr, n - 1, nullptr, n, order, count, 3), StatusSizeError);
+        EXPECT_EQ(status(nullptr, n, nullptr, n - 1, order, count, 3), StatusSizeError);
+        EXPECT_EQ(status(nullptr, n, dst.data(), n, order, count, 3), StatusNullPointer);
+        EXPECT_EQ(status(src.data(), n, nullptr, n, order, count, 3), StatusNullPointer);
+        for (int flag : kBadFlags)
+            EXPECT_EQ(status(src.data(), n, dst.data(), n, order, count, flag), StatusScaleFlagError) << flag;
+        EXPECT_EQ(status(src.data(), n, dst.data(), n, order, 0, ScaleNoDivide), StatusOk);
+        EXPECT_TRUE(sameBits(dst.data(), before.data(), dst.size())) << "order " << order;
+    }
 }
 
 } // namespace
