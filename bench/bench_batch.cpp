@@ -2,8 +2,9 @@
 // (when installed: FFTW_MEASURE, the same count and distances) and a copy
 // of the same bytes, per call of `count` transforms of one size, out of
 // place, unscaled. Cases are batch_<family>/<type>/<direction>_<count>/<size>/<impl>,
-// impl tvkgen (the batch call), singles, fftw or copy; the time of a case is
-// per call, items count transforms and bytes what a call reads and writes.
+// impl tvkgen (the batch call), singles, fftw or copy (the Walsh-Hadamard
+// size is the order); the time of a case is per call, items count
+// transforms and bytes what a call reads and writes.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -188,6 +189,22 @@ void registerType(const char* real, const char* complex, int size, int count, co
 #endif
 }
 
+// Walsh-Hadamard calls with one work buffer for all, so that neither way
+// allocates.
+alignas(64) uint8_t whtBuffer[(8192 + 1024) * sizeof(double)];
+
+template <class Real, TvkStatus (*single)(const Real*, Real*, int, int, uint8_t*)>
+TvkStatus whtSingle(const Real* src, Real* dst, int order, int flag)
+{
+    return single(src, dst, order, flag, whtBuffer);
+}
+
+template <class Real, TvkStatus (*batch)(const Real*, int, Real*, int, int, int, int, uint8_t*)>
+TvkStatus whtBatch(const Real* src, int srcDist, Real* dst, int dstDist, int order, int count, int flag)
+{
+    return batch(src, srcDist, dst, dstDist, order, count, flag, whtBuffer);
+}
+
 const bool registered = [] {
     const Entries<float, Tvk32fc> single{tvkgDFTFwd_CToC_32fc,  tvkgBatchDFTFwd_CToC_32fc,
                                          tvkgDFTFwd_RToCCS_32f, tvkgBatchDFTFwd_RToCCS_32f,
@@ -203,6 +220,13 @@ const bool registered = [] {
             registerType("32f", "32fc", size, count, single);
             registerType("64f", "64fc", size, count, dbl);
         }
+    for (int order = 1; order <= 10; ++order) {
+        const Shape shape{1 << order, 1 << order};
+        registerOurs<float, float>({"wht", "wht", "32f", order, kCounts[0], shape}, whtSingle<float, tvkgWHT_32f>,
+                                   whtBatch<float, tvkgBatchWHT_32f>);
+        registerOurs<double, double>({"wht", "wht", "64f", order, kCounts[0], shape}, whtSingle<double, tvkgWHT_64f>,
+                                     whtBatch<double, tvkgBatchWHT_64f>);
+    }
     return true;
 }();
 
