@@ -68,7 +68,12 @@ TITLES = {
     ("dct4", "run"): "DCT-IV, plan run",
     ("dct4", "init"): "DCT-IV, plan building",
 }
-BATCHES = {"batch_complex": "complex DFT", "batch_real_ccs": "real DFT, CCS layout", "batch_hartley": "Hartley"}
+BATCHES = {
+    "batch_complex": "complex DFT",
+    "batch_real_ccs": "real DFT, CCS layout",
+    "batch_hartley": "Hartley",
+    "batch_wht": "Walsh-Hadamard",
+}
 PEERS = {"fftw": "FFTW", "loop": "plain loop", "singles": "loop of single calls", "copy": "copy of the bytes"}
 STYLES = {OURS: "-", "singles": ":", "copy": "-."}  # others, FFTW first, dashed
 
