@@ -198,6 +198,16 @@ Result hartley(const In& in, Out&& out, scale s) noexcept
                                                                      i.size() == o.size(), s);
 }
 
+// The order of a Walsh-Hadamard transform of n points; -1, which the C
+// checks refuse, where n is no power of two.
+inline int whtOrder(std::size_t n) noexcept
+{
+    int order = 0;
+    while (order < 14 && (std::size_t{1} << order) < n)
+        ++order;
+    return (std::size_t{1} << order) == n ? order : -1;
+}
+
 template <class In, class Out>
 Result wht(const In& in, Out&& out, scale s, std::uint8_t* buffer) noexcept
 {
@@ -205,12 +215,9 @@ Result wht(const In& in, Out&& out, scale s, std::uint8_t* buffer) noexcept
     const auto o = std::span(out);
     constexpr auto dispatcher = Api<Element<decltype(i)>>::wht;
     const char* name = Export<dispatcher, 0>::name;
-    int order = 0;
-    while (order < 14 && (std::size_t{1} << order) < i.size())
-        ++order;
-    if (i.size() != o.size() || (std::size_t{1} << order) != i.size())
+    if (i.size() != o.size())
         return {StatusSizeError, name};
-    return {dispatcher(i.data(), o.data(), order, static_cast<int>(s), buffer), name};
+    return {dispatcher(i.data(), o.data(), whtOrder(i.size()), static_cast<int>(s), buffer), name};
 }
 
 } // namespace detail
@@ -419,7 +426,7 @@ struct BatchApi;
         TVKG_BATCH(toCcs, tvkgBatchDFTFwd_RToCCS_##r) TVKG_BATCH(toPack, tvkgBatchDFTFwd_RToPack_##r)             \
         TVKG_BATCH(toPerm, tvkgBatchDFTFwd_RToPerm_##r) TVKG_BATCH(fromCcs, tvkgBatchDFTInv_CCSToR_##r)           \
         TVKG_BATCH(fromPack, tvkgBatchDFTInv_PackToR_##r) TVKG_BATCH(fromPerm, tvkgBatchDFTInv_PermToR_##r)       \
-        TVKG_BATCH(hartley, tvkgBatchHartley_##r)                                                                 \
+        TVKG_BATCH(hartley, tvkgBatchHartley_##r) TVKG_BATCH(wht, tvkgBatchWHT_##r)                               \
     };
 TVKG_BATCH_PRECISION(float, 32fc, 32f)
 TVKG_BATCH_PRECISION(double, 64fc, 64f)
@@ -461,14 +468,14 @@ inline int narrow(std::size_t v) noexcept { return v > 0x7fffffff ? -1 : static_
 
 // One batch call; StatusSizeError, and no call, where the rows do not lie
 // in their blocks.
-template <class F, class In, class Out>
+template <class F, class In, class Out, class... Buffer>
 Result batch(Named<F> entry, rows_view<In> in, std::size_t inExtent, rows_view<Out> out, std::size_t outExtent,
-             std::size_t len, std::size_t count, scale s) noexcept
+             int size, std::size_t count, scale s, Buffer... buffer) noexcept
 {
     if (!covers(in, inExtent, count) || !covers(out, outExtent, count))
         return {StatusSizeError, entry.name};
-    return {entry.fn(first(in), narrow(in.dist), first(out), narrow(out.dist), narrow(len), narrow(count),
-                     static_cast<int>(s)),
+    return {entry.fn(first(in), narrow(in.dist), first(out), narrow(out.dist), size, narrow(count),
+                     static_cast<int>(s), buffer...),
             entry.name};
 }
 
@@ -476,27 +483,34 @@ template <bool inverse, class In, class Out>
 Result dftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
 {
     using B = BatchApi<typename std::remove_cv_t<In>::value_type>;
-    return batch(inverse ? B::dftInverse : B::dftForward, in, len, out, len, len, count, s);
+    return batch(inverse ? B::dftInverse : B::dftForward, in, len, out, len, narrow(len), count, s);
 }
 
 template <class Layout, class In, class Out>
 Result rfftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
 {
     const auto entry = batchReal<std::remove_cv_t<In>, false>(Layout{});
-    return batch(entry, in, len, out, spectrum_cells<Layout>(len), len, count, s);
+    return batch(entry, in, len, out, spectrum_cells<Layout>(len), narrow(len), count, s);
 }
 
 template <class Layout, class In, class Out>
 Result irfftBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
 {
     const auto entry = batchReal<Out, true>(Layout{});
-    return batch(entry, in, spectrum_cells<Layout>(len), out, len, len, count, s);
+    return batch(entry, in, spectrum_cells<Layout>(len), out, len, narrow(len), count, s);
 }
 
 template <class In, class Out>
 Result hartleyBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s) noexcept
 {
-    return batch(BatchApi<std::remove_cv_t<In>>::hartley, in, len, out, len, len, count, s);
+    return batch(BatchApi<std::remove_cv_t<In>>::hartley, in, len, out, len, narrow(len), count, s);
+}
+
+template <class In, class Out>
+Result whtBatch(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s,
+                std::uint8_t* buffer) noexcept
+{
+    return batch(BatchApi<std::remove_cv_t<In>>::wht, in, len, out, len, whtOrder(len), count, s, buffer);
 }
 
 } // namespace detail
@@ -539,6 +553,15 @@ TvkStatus hartley(rows_view<In> in, rows_view<Out> out, std::size_t len, std::si
     return detail::hartleyBatch(in, out, len, count, s).status;
 }
 
+// Walsh-Hadamard of rows of len = 2^order points (order 1..13); `buffer` as
+// in tvkgen_batch.h, one for every row (null: allocated once where needed).
+template <class In, class Out>
+TvkStatus wht(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s,
+              std::uint8_t* buffer = nullptr) noexcept
+{
+    return detail::whtBatch(in, out, len, count, s, buffer).status;
+}
+
 } // namespace nothrow::batch
 
 namespace batch {
@@ -571,6 +594,13 @@ template <class In, class Out>
 void hartley(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s)
 {
     detail::raise(detail::hartleyBatch(in, out, len, count, s));
+}
+
+template <class In, class Out>
+void wht(rows_view<In> in, rows_view<Out> out, std::size_t len, std::size_t count, scale s,
+         std::uint8_t* buffer = nullptr)
+{
+    detail::raise(detail::whtBatch(in, out, len, count, s, buffer));
 }
 
 } // namespace batch

@@ -188,6 +188,22 @@ TEST_P(Batch, ThreadsAtOnceGetTheBytesOfOneThread)
 INSTANTIATE_TEST_SUITE_P(Entries, Batch, testing::ValuesIn(kEntries),
                          [](const testing::TestParamInfo<Entry>& info) { return info.param.name(); });
 
+// The Walsh-Hadamard entries beside their single calls.
+template <class Real>
+struct Wht;
+template <>
+struct Wht<float> {
+    static constexpr auto batch = tvkgBatchWHT_32f;
+    static constexpr auto single = tvkgWHT_32f;
+    static constexpr auto bufferSize = tvkgWHTGetBufferSize_32f;
+};
+template <>
+struct Wht<double> {
+    static constexpr auto batch = tvkgBatchWHT_64f;
+    static constexpr auto single = tvkgWHT_64f;
+    static constexpr auto bufferSize = tvkgWHTGetBufferSize_64f;
+};
+
 template <class T>
 class BatchCpp : public testing::Test {};
 using RealTypes = testing::Types<float, double>;
@@ -243,6 +259,13 @@ TYPED_TEST(BatchCpp, CallsGiveTheEntriesBytesAndStatuses)
     layoutCase(tvkgen::ccs, "CCS");
     layoutCase(tvkgen::pack, "Pack");
     layoutCase(tvkgen::perm, "Perm");
+    // Walsh-Hadamard rows of 16 points, with a work buffer the caller may leave out; 12 is no power of two.
+    std::vector<T> want(x.size()), got(x.size());
+    ASSERT_EQ(Wht<T>::batch(x.data(), dist, want.data(), dist, 4, count, ScaleDivBySqrtN, nullptr), StatusOk);
+    tvkgen::batch::wht(tvkgen::rows(x, dist), tvkgen::rows(got, dist), 16, count, sqrt);
+    EXPECT_TRUE(sameBits(got.data(), want.data(), got.size()));
+    EXPECT_EQ(tvkgen::nothrow::batch::wht(tvkgen::rows(x, dist), tvkgen::rows(y, dist), len, count, sqrt),
+              StatusSizeError);
 
     const auto thrown = [&](std::size_t n, std::size_t c, std::size_t d, tvkgen::scale s) -> std::string {
         try {
@@ -261,21 +284,6 @@ TYPED_TEST(BatchCpp, CallsGiveTheEntriesBytesAndStatuses)
 }
 
 // ---- Walsh-Hadamard -----------------------------------------------------------
-
-template <class Real>
-struct Wht;
-template <>
-struct Wht<float> {
-    static constexpr auto batch = tvkgBatchWHT_32f;
-    static constexpr auto single = tvkgWHT_32f;
-    static constexpr auto bufferSize = tvkgWHTGetBufferSize_32f;
-};
-template <>
-struct Wht<double> {
-    static constexpr auto batch = tvkgBatchWHT_64f;
-    static constexpr auto single = tvkgWHT_64f;
-    static constexpr auto bufferSize = tvkgWHTGetBufferSize_64f;
-};
 
 // Numbers of magnitudes 2^-24 to 2^24, whose sums round differently in
 // every other order of association.

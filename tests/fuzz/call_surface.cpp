@@ -98,11 +98,12 @@ const std::vector<BatchEntry>& batchTable()
             TVKG_BATCH(DFTFwd_RToPerm_32f) TVKG_BATCH(DFTFwd_RToCCS_64f) TVKG_BATCH(DFTFwd_RToPack_64f)
             TVKG_BATCH(DFTFwd_RToPerm_64f) TVKG_BATCH(DFTInv_CCSToR_32f) TVKG_BATCH(DFTInv_PackToR_32f)
             TVKG_BATCH(DFTInv_PermToR_32f) TVKG_BATCH(DFTInv_CCSToR_64f) TVKG_BATCH(DFTInv_PackToR_64f)
-            TVKG_BATCH(DFTInv_PermToR_64f) TVKG_BATCH(Hartley_32f) TVKG_BATCH(Hartley_64f)};
+            TVKG_BATCH(DFTInv_PermToR_64f) TVKG_BATCH(Hartley_32f) TVKG_BATCH(Hartley_64f) TVKG_BATCH(WHT_32f)
+            TVKG_BATCH(WHT_64f)};
 #undef TVKG_BATCH
         for (const auto& [name, fn] : named)
             for (const Export& e : kListed)
-                if (e.shape == Shape::DISPATCHER && e.name == name)
+                if ((e.shape == Shape::DISPATCHER || e.shape == Shape::WHT_DISPATCHER) && e.name == name)
                     entries.push_back({&e, fn});
         if (entries.size() != std::size(named))
             std::abort();
@@ -160,11 +161,13 @@ Call decode(const uint8_t* data, size_t size)
     c.nullDst = mode & 4;
     c.callerBuffer = mode & 8;
     // Most raw flags and lengths are invalid; these bits make valid ones
-    // common enough to reach the arithmetic.
+    // common enough to reach the arithmetic (every order of a batch of
+    // Walsh-Hadamard transforms).
     if (mode & 16)
         c.flag = 1 << (c.flag & 3);
+    const bool whtBatch = c.batch && batchTable()[c.index].single->shape == Shape::WHT_DISPATCHER;
     if (mode & 32)
-        c.len = 1 + static_cast<int32_t>(static_cast<uint32_t>(c.len) % 64);
+        c.len = 1 + static_cast<int32_t>(static_cast<uint32_t>(c.len) % (whtBatch ? 13 : 64));
     if (c.batch) {
         // Counts 0 to 20, past two lane widths of 8; sometimes -1 to -16.
         const uint8_t count = take<uint8_t>(p, end);
@@ -323,27 +326,30 @@ std::string checkDct4(const Export& e, const Call& c)
     return a.snapshot() == b.snapshot() ? "" : std::string(e.name) + ": InitAlloc's plan gives other bytes";
 }
 
-template <class T>
-TvkStatus callBatchAs(void* fn, const void* src, int srcDist, void* dst, int dstDist, int len, int count, int flag)
+template <class T, class... Tail>
+TvkStatus callBatchAs(void* fn, const void* src, int srcDist, void* dst, int dstDist, int len, int count, int flag,
+                      Tail... tail)
 {
-    return reinterpret_cast<TvkStatus (*)(const T*, int, T*, int, int, int, int)>(fn)(
-        static_cast<const T*>(src), srcDist, static_cast<T*>(dst), dstDist, len, count, flag);
+    return reinterpret_cast<TvkStatus (*)(const T*, int, T*, int, int, int, int, Tail...)>(fn)(
+        static_cast<const T*>(src), srcDist, static_cast<T*>(dst), dstDist, len, count, flag, tail...);
 }
 
 // A batch call: the status of the first check that fails in the entries'
 // order (length, count, distances, src, dst, flag), nothing touched on
 // failure, and on success every member the bytes of the single call at its
 // place (a NaN's sign and payload aside, as between the single call's
-// bodies), nothing else in dst touched, src untouched out of place.
+// bodies), nothing else in dst touched, src untouched out of place. The
+// Walsh-Hadamard entries take an order for the length, and the caller's
+// work buffer or none.
 std::string checkBatch(const Call& c)
 {
     const BatchEntry& b = batchTable()[c.index];
     const Export& e = *b.single;
     const std::string name = "tvkgBatch" + std::string(e.name.substr(4));
-    const bool complex = e.type.ends_with("c");
+    const bool complex = e.type.ends_with("c"), wht = e.shape == Shape::WHT_DISPATCHER;
     const size_t elementBytes = (complex ? 2 : 1) * e.realBytes();
-    const bool goodLen = c.len >= 2 && c.len <= 64;
-    const int n = goodLen ? c.len : 2;
+    const bool goodLen = wht ? c.len >= 1 && c.len <= 13 : c.len >= 2 && c.len <= 64;
+    const int n = goodLen ? c.len : wht ? 1 : 2;
     const int in = e.count(n, false) / (complex ? 2 : 1), out = e.count(n, true) / (complex ? 2 : 1);
     const int srcDist = (c.inPlace ? std::max(in, out) : in) + c.srcGap;
     const int dstDist = c.inPlace ? srcDist : out + c.dstGap;
@@ -363,15 +369,28 @@ std::string checkBatch(const Call& c)
     std::vector<uint8_t> want = outArray.snapshot();
     for (int m = 0; expected == StatusOk && m < c.count; ++m) {
         Guarded one(out * elementBytes, 0);
-        if (call(e, src.get() + m * srcDist * elementBytes, one.get(), c.len, c.flag) != StatusOk)
+        const void* member = src.get() + m * srcDist * elementBytes;
+        if ((wht ? call(e, member, one.get(), c.len, c.flag, static_cast<uint8_t*>(nullptr))
+                 : call(e, member, one.get(), c.len, c.flag)) != StatusOk)
             return std::string(e.name) + ": the single call failed";
         std::memcpy(want.data() + m * dstDist * elementBytes, one.get(), one.bytes());
     }
+    int32_t bufferBytes = 0;
+    const bool withBuffer = wht && c.callerBuffer && expected == StatusOk &&
+                            listed<TvkStatus (*)(int, int32_t*)>(Shape::WHT_BUFFER_SIZE, e.type)(c.len, &bufferBytes) ==
+                                StatusOk &&
+                            bufferBytes > 0;
+    Guarded buffer(withBuffer ? static_cast<size_t>(bufferBytes) : 0, 0);
     const auto srcBefore = src.all(), dstBefore = dst.all();
-    const auto run = complex ? (e.realBytes() == 8 ? callBatchAs<Tvk64fc> : callBatchAs<Tvk32fc>)
-                             : (e.realBytes() == 8 ? callBatchAs<Tvk64f> : callBatchAs<Tvk32f>);
-    const TvkStatus status = run(b.fn, c.nullSrc ? nullptr : src.get(), srcDist, c.nullDst ? nullptr : outArray.get(),
-                                 dstDist, c.len, c.count, c.flag);
+    const auto run = [&](auto... tail) {
+        const auto as = complex ? (e.realBytes() == 8 ? callBatchAs<Tvk64fc, decltype(tail)...>
+                                                      : callBatchAs<Tvk32fc, decltype(tail)...>)
+                                : (e.realBytes() == 8 ? callBatchAs<Tvk64f, decltype(tail)...>
+                                                      : callBatchAs<Tvk32f, decltype(tail)...>);
+        return as(b.fn, c.nullSrc ? nullptr : src.get(), srcDist, c.nullDst ? nullptr : outArray.get(), dstDist,
+                  c.len, c.count, c.flag, tail...);
+    };
+    const TvkStatus status = wht ? run(withBuffer ? buffer.get() : nullptr) : run();
     if (status != expected)
         return name + ": status " + std::to_string(status) + ", the checks' order gives " + std::to_string(expected);
     if (status != StatusOk)
