@@ -83,10 +83,10 @@ struct LaneKernel {
 template <class Real, int... I>
 constexpr auto laneBlocks(std::integer_sequence<int, I...>)
 {
-#ifdef TVKGEN_PORTABLE
-    return std::array<BlocksFn<Real>, sizeof...(I)>{};
-#else
+#if TVKGEN_BATCH_LANES
     return std::array<BlocksFn<Real>, sizeof...(I)>{&runBlocks<LaneKernel<Real, I + 1>, Real>...};
+#else
+    return std::array<BlocksFn<Real>, sizeof...(I)>{};
 #endif
 }
 

@@ -19,6 +19,16 @@ namespace tvkgen::batch {
 using namespace simd;
 using std::ptrdiff_t;
 
+// Lanes across the transforms at every level but the portable one, whose
+// emulated vectors take the compiler minutes per batch kernel: there the
+// entries run every member as a single call, and the build prints no block
+// functions.
+#ifdef TVKGEN_PORTABLE
+#define TVKGEN_BATCH_LANES 0
+#else
+#define TVKGEN_BATCH_LANES 1
+#endif
+
 // A block's vectors: binary32 numbers in Vs, binary64 numbers in Vd. A
 // binary32 kernel holds each of its binary64 statements in two Vd, the low
 // lanes first.

@@ -122,8 +122,8 @@ const std::vector<WholeFile>& wholeFiles()
         return [table](const Target&, const std::string& c) { return printCountsHeader(table(), c); };
     };
     const auto batch = [](std::vector<SizeDispatcher> (*table)()) -> Print {
-        return [table](const Target& t, const std::string& c) {
-            return printBatchDispatchers(batchDispatchers(table()), t.batchLanes, c);
+        return [table](const Target&, const std::string& c) {
+            return printBatchDispatchers(batchDispatchers(table()), c);
         };
     };
     const auto pieces = [](PieceFile (*table)()) -> Print {

@@ -176,33 +176,29 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
     return out.str();
 }
 
-std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, bool lanes,
-                                  const std::string& invocation)
+// One text for every level: where the frame has no batch lanes, the block
+// functions are neither declared nor called.
+std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, const std::string& invocation)
 {
     std::ostringstream out;
     out << banner(invocation) << "#include \"batch_frame.h\"\n#include \"tvkgen_batch.h\"\n";
     for (const BatchDispatcher& d : dispatchers) {
         const std::string real = d.sizes.srcElement.find("32f") != std::string::npos ? "float" : "double";
-        if (lanes) {
-            out << "\nnamespace tvkgen::batch {\n";
-            for (const std::string& entry : d.sizes.entries)
-                out << "void " << entry << "(const " << real << "*, ptrdiff_t, " << real
-                    << "*, ptrdiff_t, ptrdiff_t, int);\n";
-            out << "} // namespace tvkgen::batch\n";
-        }
+        out << "\n#if TVKGEN_BATCH_LANES\nnamespace tvkgen::batch {\n";
+        for (const std::string& entry : d.sizes.entries)
+            out << "void " << entry << "(const " << real << "*, ptrdiff_t, " << real
+                << "*, ptrdiff_t, ptrdiff_t, int);\n";
+        out << "} // namespace tvkgen::batch\n#endif\n";
         out << "\nTvkStatus " << batchName(d.sizes.name) << "(const " << d.sizes.srcElement << "* src, int srcDist, "
             << d.sizes.dstElement << "* dst, int dstDist, int len, int count, int flag)\n{\n";
-        if (lanes) {
-            out << "    static constexpr tvkgen::batch::BlocksFn<" << real << "> kBySize[] = {\n";
-            for (const std::string& entry : d.sizes.entries)
-                out << "        tvkgen::batch::" << entry << ",\n";
-            out << "    };\n";
-        }
-        const std::string blocks =
-            lanes ? "kBySize[len - " + std::to_string(d.sizes.firstSize) + "]" : "tvkgen::batch::BlocksFn<" + real + ">{}";
         out << "    if (len < " << d.sizes.firstSize << " || len > " << d.sizes.firstSize + d.sizes.entries.size() - 1
-            << ")\n        return StatusSizeError;\n"
-            << "    return tvkgen::batch::runBatch(" << blocks << ", " << d.sizes.name
+            << ")\n        return StatusSizeError;\n#if TVKGEN_BATCH_LANES\n"
+            << "    static constexpr tvkgen::batch::BlocksFn<" << real << "> kBySize[] = {\n";
+        for (const std::string& entry : d.sizes.entries)
+            out << "        tvkgen::batch::" << entry << ",\n";
+        out << "    };\n    const tvkgen::batch::BlocksFn<" << real << "> blocks = kBySize[len - " << d.sizes.firstSize
+            << "];\n#else\n    const tvkgen::batch::BlocksFn<" << real << "> blocks = nullptr;\n#endif\n"
+            << "    return tvkgen::batch::runBatch(blocks, " << d.sizes.name
             << ", tvkgen::ScaleRow::" << d.scaleRow << ", src, srcDist, dst, dstDist, len, count, flag, "
             << d.srcExtent << ", " << d.dstExtent << ");\n}\n";
     }

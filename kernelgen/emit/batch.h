@@ -26,7 +26,7 @@ struct BatchDispatcher {
 };
 
 // Without `lanes`, every member runs through the single kernel.
-std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers, bool lanes,
+std::string printBatchDispatchers(const std::vector<BatchDispatcher>& dispatchers,
                                   const std::string& invocation);
 
 // The batch entry of a dispatcher: tvkgDFTFwd_CToC_32fc -> tvkgBatchDFTFwd_CToC_32fc.

@@ -16,10 +16,6 @@ struct Target {
     std::vector<Kind> vectorKinds;
     // How many vector registers the scheduler may keep values in.
     int registers;
-    // Whether the batch entries run transforms in vector lanes. The
-    // portable level's emulated vectors take the compiler minutes per
-    // batch kernel, so its batch entries run every member as a single call.
-    bool batchLanes;
 
     bool has(Kind kind) const;
     // 256-bit registers: two 128-bit sections of one shape can share them.
