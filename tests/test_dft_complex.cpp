@@ -4,8 +4,6 @@
 
 #include <cmath>
 #include <functional>
-#include <set>
-#include <utility>
 #include <vector>
 
 #include "complex_kernels.h"
@@ -71,43 +69,5 @@ TEST_P(ComplexExactDcTest, DcBinIsTheExactSum)
 INSTANTIATE_TEST_SUITE_P(Built, ComplexKernelTest, ValuesIn(builtComplexKernels()), ByLabel());
 INSTANTIATE_TEST_SUITE_P(Built, ComplexExactDcTest,
                          ValuesIn(kernelsWhere(builtComplexKernels(), std::not_fn(takesChirpForm))), ByLabel());
-
-// Properties of a forward kernel and its inverse together.
-class ComplexPairTest : public ComplexKernelTest {};
-
-// The inverse equals the forward transform with real and imaginary parts
-// exchanged on the way in and out, bit for bit, except where the two
-// directions absorb a sign at different places.
-TEST_P(ComplexPairTest, InverseIsTheExchangedForward)
-{
-    const ComplexKernel inverse = partner(k);
-    ASSERT_NE(inverse.fn, nullptr);
-    static const std::set<int> kInexact32 = {19, 23, 37, 47, 59, 61};
-    static const std::set<int> kInexact64 = {11, 22, 23, 25, 29, 31, 33, 43, 44, 46, 47, 49, 50, 55, 58, 59, 62};
-    const bool exact = (k.is64() ? kInexact64 : kInexact32).count(k.size) == 0;
-    const auto exchanged = [this](const std::vector<unsigned char>& a) {
-        auto cells = numbersOf(k, a);
-        for (int i = 0; i < k.size; ++i)
-            std::swap(cells[2 * i], cells[2 * i + 1]);
-        return bytesOf(k, cells);
-    };
-    for (unsigned seed = 40; seed < 48; ++seed) {
-        const auto input = randomInput(k, seed);
-        const auto want = runKernel(inverse, input, ScaleNoDivide);
-        const auto got = exchanged(runKernel(k, exchanged(input), ScaleNoDivide));
-        if (exact) {
-            EXPECT_EQ(got, want) << "seed " << seed;
-            continue;
-        }
-        for (int c = 0; c < k.outCells(); ++c)
-            EXPECT_NEAR(static_cast<double>(numberAt(k, got.data(), c)),
-                        static_cast<double>(numberAt(k, want.data(), c)), k.is64() ? 1e-14 : 3e-6)
-                << "seed " << seed << " cell " << c;
-    }
-}
-
-bool isForward(const ComplexKernel& k) { return !k.inverse; }
-
-INSTANTIATE_TEST_SUITE_P(Built, ComplexPairTest, ValuesIn(kernelsWhere(builtComplexKernels(), isForward)), ByLabel());
 
 } // namespace
