@@ -234,15 +234,12 @@ struct BuiltPlan {
         EXPECT_EQ(Api<Real>::init(&plan, len, block.mem), StatusOk);
         root = reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan);
     }
-    template <class Node>
-    Node* child(const Node* /*type*/, Ref list) const
-    {
-        return recordAt<Node>(block.mem, listNth(recordAt<ListCell>(block.mem, list), 0));
-    }
+    // The first recombine stage's first kernel.
     const RecombineKernel* recombineKernel() const
     {
-        const auto* stage = child(static_cast<RecombineStage*>(nullptr), root->recombineList);
-        return child(static_cast<RecombineKernel*>(nullptr), stage->kernelList);
+        const auto first = [this](Ref list) { return listNth(recordAt<ListCell>(block.mem, list), 0); };
+        const auto* stage = recordAt<RecombineStage>(block.mem, first(root->recombineList));
+        return recordAt<RecombineKernel>(block.mem, first(stage->kernelList));
     }
     GuardedBlock block;
     tvkgen::dct4::Dct4Plan* root;
@@ -285,47 +282,6 @@ TYPED_TEST(Dct4Plan, RotationTableLayoutAndValues)
         if (sizeof(TypeParam) == 4 && len == 4097) {
             EXPECT_GT(differsFromDouble, 0) << "the rule must be visible in the table";
         }
-    }
-}
-
-TYPED_TEST(Dct4Plan, TwiddleTablesBothForms)
-{
-    // 4096: s = 8, m = 128, 8 groups of 7 pairs; 8192: s = 16, m = 256.
-    const long double pi = 3.141592653589793238462643L;
-    const int lanes = 16 / sizeof(TypeParam);
-    const long double tolerance = sizeof(TypeParam) == 4 ? 2e-7L : 4e-16L;
-    for (int len : {4096, 8192}) {
-        BuiltPlan<TypeParam> built(len);
-        auto* column = built.child(static_cast<ColumnStage*>(nullptr), built.root->columnList);
-        auto* kernel = built.child(static_cast<ColumnKernel*>(nullptr), column->kernelList);
-        auto* split = built.child(static_cast<SplitNode*>(nullptr), kernel->splitList);
-        auto* twiddle = built.child(static_cast<TwiddleKernel*>(nullptr), split->twiddleList);
-        const TypeParam* t = recordAt<TypeParam>(built.block.mem, twiddle->table);
-        const int m = split->subLen, s = split->radix;
-        // Angles in units of pi / m, in table order.
-        std::vector<long double> units;
-        if (s == 8) {
-            for (int g = 0; g < twiddle->groupCount; ++g)
-                for (int c = 1; c < s; ++c)
-                    units.push_back((2 * g + 1) * c);
-        } else {
-            for (int g = 0; g < twiddle->groupCount; ++g)
-                for (int j = 0; j < s / 4; ++j)
-                    for (int e = 1; e <= 3; ++e)
-                        units.push_back(e * ((2 * g + 1) + 2.0L * j * m / s));
-            for (int g = 0; g < twiddle->groupCount; ++g)
-                for (int e = 1; e < s / 4; ++e)
-                    units.push_back(4 * e * (2 * g + 1));
-        }
-        if (s == 16) { // the written check with m = 256
-            EXPECT_EQ((std::vector<long double>(units.begin(), units.begin() + 6)),
-                      (std::vector<long double>{1, 2, 3, 33, 66, 99}));
-        }
-        for (size_t k = 0; k < units.size(); ++k)
-            for (int l = 0; l < lanes; ++l) {
-                ASSERT_NEAR(t[2 * lanes * k + l], std::cos(pi * units[k] / m), tolerance) << "len " << len << " pair " << k;
-                ASSERT_NEAR(t[2 * lanes * k + lanes + l], std::sin(pi * units[k] / m), tolerance) << "pair " << k;
-            }
     }
 }
 

@@ -1,7 +1,7 @@
 // Running DCT-IV plans: results against long-double oracles at every power
 // of two from 2 to 2^17, the inverse property, bit-identical repeated,
-// in-place and misaligned runs, statuses, lengths 2 and 4 as written, the
-// work matrix of length 64, the accepted odd lengths, and threads.
+// in-place and misaligned runs, statuses, the work matrix of length 64, the
+// accepted odd lengths, and threads.
 #include <gtest/gtest.h>
 
 #ifdef TVKGEN_TEST_FFTWL
@@ -145,39 +145,6 @@ TYPED_TEST(Dct4Run, StatusesLeaveDstUntouched)
             root->kind = kind;
         }
         EXPECT_EQ(y, std::vector<TypeParam>(n, 7));
-    }
-}
-
-// The direct kernels of lengths 2 and 4 as written, in the element type
-// with its literal constants (each binary32 literal is the binary64 one
-// rounded): length 2 one rotation by pi/8, length 4 two rotations in lifted
-// form (three products each) and a butterfly of two.
-template <class Real>
-std::vector<Real> smallDct4(const std::vector<Real>& x)
-{
-    constexpr Real c = Real(0.9238795325112867), s = Real(0.3826834323650898), s1 = Real(0.9807852804032304),
-                   t1 = Real(0.8206787908286604), s2 = Real(0.8314696123025452), t2 = Real(0.5345111359507917),
-                   w = Real(0.7071067811865476);
-    if (x.size() == 2)
-        return {c * x[0] + s * x[1], s * x[0] - c * x[1]};
-    const Real a = x[0] - t1 * x[3], b = x[1] - t2 * x[2];
-    const Real d = x[3] + s1 * a, e = x[2] + s2 * b;
-    const Real f = a - t1 * d, g = b - t2 * e;
-    const Real h = (d - e) * w, j = (f + g) * w;
-    return {d + e, h + j, h - j, f - g};
-}
-
-TYPED_TEST(Dct4Run, LengthsTwoAndFourAsWritten)
-{
-    for (int n : {2, 4}) {
-        const OwnedPlan<TypeParam> plan(n);
-        for (unsigned seed = 0; seed < 200; ++seed) {
-            const std::vector<TypeParam> x = tvktest::randomReals<TypeParam>(n, seed, TypeParam(-4), TypeParam(4));
-            const std::vector<TypeParam> want = smallDct4(x), got = plan(x);
-            for (int k = 0; k < n; ++k)
-                EXPECT_TRUE(tvktest::sameBits(&got[k], &want[k], 1))
-                    << "len " << n << " seed " << seed << " y[" << k << "]: " << got[k] << " vs " << want[k];
-        }
     }
 }
 
