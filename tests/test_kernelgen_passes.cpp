@@ -7,61 +7,18 @@
 // graph read per element, with scalar operations only.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
-#include <random>
 #include <string>
 #include <tuple>
-#include <vector>
 
-#include "core/interpret.h"
-#include "families/dft_complex.h"
-#include "families/dft_real.h"
-#include "families/hartley.h"
+#include "digest_inputs.h"
+#include "kernelgen_families.h"
 #include "passes/lanes.h"
 #include "passes/lower.h"
 
 using namespace kernelgen;
+using namespace tvktest;
 
 namespace {
-
-using Bytes = std::vector<std::byte>;
-
-struct Family {
-    const char* name;
-    FramedKernelFile (*sizeFile)(Precision, int);
-    std::vector<int> (*sizes)(Precision);
-};
-
-std::vector<int> realSizesOf(Precision) { return realSizes(); }
-void PrintTo(const Family& family, std::ostream* out) { *out << family.name; }
-
-const Family kFamilies[] = {
-    {"Complex", complexSizeFile, complexSizes},
-    {"RealForward", realForwardSizeFile, realSizesOf},
-    {"RealInverse", realInverseSizeFile, realSizesOf},
-    {"Hartley", hartleySizeFile, realSizesOf},
-};
-
-// The bytes a graph's loads (stores) reach: one past its last number.
-size_t reach(const Graph& g, bool stores)
-{
-    size_t end = 0;
-    for (const Node& n : g.nodes())
-        if (stores ? isStore(n.op) : isLoad(n.op)) {
-            const int lanes = n.op == Op::Load || n.op == Op::Store ? laneCount(n.kind) : 2;
-            const int last = std::max(n.offset + (n.offset2 >= 0 ? lanes / 2 : lanes), n.offset2 + lanes / 2);
-            end = std::max(end, static_cast<size_t>(last) * (isSingle(n.kind) ? 4 : 8));
-        }
-    return end;
-}
-
-Bytes run(const Graph& g, const Bytes& src, size_t outBytes, double scale)
-{
-    Bytes dst(outBytes);
-    interpret(g, src, dst, scale);
-    return dst;
-}
 
 class Passes : public testing::TestWithParam<std::tuple<Family, Precision, std::string>> {};
 
@@ -70,8 +27,8 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
 {
     const auto& [family, precision, targetName] = GetParam();
     const Target target = targetNamed(targetName);
-    std::mt19937 random(24);
-    std::uniform_real_distribution<double> uniform(-1, 1);
+    const size_t numberBytes = precision == Precision::Single ? 4 : 8;
+    unsigned seed = 24;
     for (int size : family.sizes(precision))
         for (const FramedKernel& k : family.sizeFile(precision, size).kernels) {
             const Graph lowered = lower(k.graph, target), scalar = perElement(lowered);
@@ -87,20 +44,13 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
                 << k.exportedName;
             for (const Node& n : scalar.nodes())
                 ASSERT_FALSE(isVector(n.kind)) << k.exportedName;
-            const size_t outBytes = reach(k.graph, true);
-            ASSERT_EQ(reach(scalar, true), outBytes) << k.exportedName;
             Bytes src(reach(k.graph, false));
             for (Exact factor : k.scaleFactors) {
-                for (size_t at = 0; at < src.size(); at += precision == Precision::Single ? 4 : 8) {
-                    const double v = uniform(random);
-                    const float f = static_cast<float>(v);
-                    std::memcpy(src.data() + at, precision == Precision::Single ? static_cast<const void*>(&f) : &v,
-                                precision == Precision::Single ? 4 : 8);
-                }
+                fixedInput(numberBytes == 8, src.size() / numberBytes, src.data(), ++seed);
                 const double scale = isSingle(k.scaleKind) ? roundToFloat(factor) : roundToDouble(factor);
-                const Bytes want = run(k.graph, src, outBytes, scale);
-                EXPECT_TRUE(run(lowered, src, outBytes, scale) == want) << k.exportedName << " at scale " << scale;
-                EXPECT_TRUE(run(scalar, src, outBytes, scale) == want)
+                const Bytes want = run(k.graph, src, scale);
+                EXPECT_TRUE(run(lowered, src, scale) == want) << k.exportedName << " at scale " << scale;
+                EXPECT_TRUE(run(scalar, src, scale) == want)
                     << k.exportedName << " per element, at scale " << scale;
             }
         }
