@@ -1,6 +1,7 @@
 """The Python module against numpy and scipy: every family and size, each
 layout, both element types, threads, and the errors it raises."""
 
+import concurrent.futures
 import ctypes
 import os
 import shutil
@@ -101,20 +102,15 @@ def test_dct4_from_threads_at_once(dtype):
     threads, calls, n = 8, 100, 1 << 16  # long enough that calls overlap even on two cores
     inputs = [random(n, dtype, 500 + t) for t in range(threads)]
     wants = [tvkgen.dct4(x) for x in inputs]
-    start = threading.Barrier(threads)
-    wrong = [0] * threads
+    start = threading.Barrier(threads)  # each call waits here, so every one has a thread of its own
 
-    def work(t):
+    def wrong_calls(t):
         start.wait()
-        for _ in range(calls):
-            wrong[t] += not np.array_equal(tvkgen.dct4(inputs[t]), wants[t])
+        return sum(not np.array_equal(tvkgen.dct4(inputs[t]), wants[t]) for _ in range(calls))
 
-    pool = [threading.Thread(target=work, args=(t,)) for t in range(threads)]
-    for thread in pool:
-        thread.start()
-    for thread in pool:
-        thread.join()
-    assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
+    with concurrent.futures.ThreadPoolExecutor(threads) as pool:
+        wrong = sum(pool.map(wrong_calls, range(threads)))
+    assert wrong == 0, f"{wrong} of {threads * calls} calls gave other values"
 
 
 def import_copy(tmp_path, library, code="import tvkgen"):

@@ -98,17 +98,8 @@ struct RealKernel {
     }
 };
 
-// The built kernel of a family, type, size and layout; fn is null where
-// the library lacks it.
-inline RealKernel realKernel(RealFamily family, const std::string& type, int size, Layout layout)
-{
-    RealKernel k{family, type, size, layout, nullptr};
-    k.fn = listedKernel(k.dispatcherName(), size).fn;
-    return k;
-}
-
 // Every kernel of each family, sizes 2 to 64, both types, every layout
-// (Hartley has none).
+// (Hartley has none); fn is null where the library lacks one.
 inline std::vector<RealKernel> allRealKernels()
 {
     std::vector<RealKernel> kernels;
@@ -116,8 +107,11 @@ inline std::vector<RealKernel> allRealKernels()
         for (const char* type : {"32f", "64f"})
             for (int size = 2; size <= 64; ++size)
                 for (Layout l : kLayouts)
-                    if (family != RealFamily::Hartley || l == Layout::CCS)
-                        kernels.push_back(realKernel(family, type, size, l));
+                    if (family != RealFamily::Hartley || l == Layout::CCS) {
+                        RealKernel k{family, type, size, l, nullptr};
+                        k.fn = listedKernel(k.dispatcherName(), size).fn;
+                        kernels.push_back(k);
+                    }
     return kernels;
 }
 

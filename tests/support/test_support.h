@@ -241,11 +241,8 @@ std::vector<unsigned char> runKernel(const Kernel& k, const std::vector<unsigned
     return dst.snapshot();
 }
 
-// The angle 2 pi j/n in long double; its cos and sin as the kernels hold
-// them, the binary64 nearest to the long-double value.
+// The angle 2 pi j/n in long double.
 inline long double turn(int n, int j) { return 2 * std::numbers::pi_v<long double> * (j % n) / n; }
-inline double cosOf(int n, int j) { return static_cast<double>(std::cos(turn(n, j))); }
-inline double sinOf(int n, int j) { return static_cast<double>(std::sin(turn(n, j))); }
 
 // Direct DFT in long double, the accuracy oracle.
 inline std::vector<std::complex<long double>> directDft(const std::vector<std::complex<long double>>& x, bool inverse)
