@@ -11,7 +11,6 @@
 // The SSE2 and the portable build must both reproduce the committed file.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -62,9 +61,7 @@ void digestPaths(Digests& out, const std::string& name, std::initializer_list<Pa
                 require(call(in, dst.get(), flag, seed), name);
                 hash = fnv1a(dst.get(), outBytes, hash);
             }
-        char text[17];
-        std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
-        out.emplace_back(name + " " + pathName(path), text);
+        out.emplace_back(name + " " + pathName(path), hexDigest(hash));
     }
 }
 
@@ -129,10 +126,7 @@ void digestDct4(Digests& out, const char* type)
 // committed file of lines "kernel path hash".
 int check(const Digests& digests, const std::string& committedPath)
 {
-    std::ifstream file(committedPath);
-    std::map<std::string, std::string> committed;
-    for (std::string kernel, path, hash; file >> kernel >> path >> hash;)
-        committed[kernel + " " + path] = hash;
+    auto committed = readDigests(committedPath);
     if (committed.empty()) {
         std::cerr << "cannot read " << committedPath << "\n";
         return 1;

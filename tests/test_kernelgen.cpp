@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "core/adjoint.h"
 #include "methods/codelets.h"
 #include "methods/joins.h"
+#include "test_support.h"
 
 using namespace kernelgen;
 
@@ -42,16 +42,6 @@ std::vector<long double> evaluate(const Graph& g, const std::vector<long double>
         }
     }
     return dst;
-}
-
-std::vector<long double> randomVector(size_t n, unsigned seed)
-{
-    std::mt19937 gen(seed);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    std::vector<long double> v(n);
-    for (long double& x : v)
-        x = uniform(gen);
-    return v;
 }
 
 long double dot(const std::vector<long double>& a, const std::vector<long double>& b)
@@ -146,7 +136,8 @@ TEST_P(AdjointTest, IsTheAdjoint)
     const Graph g = scalarDft(c.n, c.transform, c.anyAngle), t = adjoint(g), tt = adjoint(t);
     const auto near = [](long double a, long double b) { return std::fabs(a - b) < 1e-12L; };
     for (unsigned seed = 0; seed < 4; ++seed) {
-        const std::vector<long double> x = randomVector(numbers, seed), y = randomVector(numbers, seed + 100);
+        const std::vector<long double> x = tvktest::randomReals<long double>(numbers, seed),
+                                        y = tvktest::randomReals<long double>(numbers, seed + 100);
         const long double gxy = dot(evaluate(g, x, numbers), y);
         EXPECT_TRUE(near(gxy, dot(x, evaluate(t, y, numbers)))) << c.name << " seed " << seed;
         EXPECT_TRUE(near(dot(evaluate(t, x, numbers), y), dot(x, evaluate(tt, y, numbers))))

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -49,16 +47,7 @@ double frameScale(const FramedKernel& k, int flag)
 // "kernel path" -> hash, as committed.
 const std::map<std::string, std::string>& committedDigests()
 {
-    static const std::map<std::string, std::string> lines = [] {
-        std::ifstream file(TVKGEN_COMMITTED_DIGESTS);
-        if (!file)
-            throw std::runtime_error("cannot read " TVKGEN_COMMITTED_DIGESTS);
-        std::map<std::string, std::string> read;
-        std::string kernel, path, hash;
-        while (file >> kernel >> path >> hash)
-            read[kernel + " " + path] = hash;
-        return read;
-    }();
+    static const auto lines = readDigests(TVKGEN_COMMITTED_DIGESTS);
     return lines;
 }
 
@@ -90,12 +79,10 @@ TEST_P(Digests, AreThoseOfTheCompiledKernels)
                         const Bytes out = run(bodyOf(file, k), src, frameScale(k, flag));
                         hash = fnv1a(out.data(), out.size(), hash);
                     }
-                char hex[17];
-                std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
                 for (const char* path : {" aligned", " unaligned", " inplace"}) {
                     const auto committed = committedDigests().find(k.exportedName + path);
                     ASSERT_NE(committed, committedDigests().end()) << k.exportedName << path;
-                    EXPECT_EQ(hex, committed->second) << k.exportedName << path;
+                    EXPECT_EQ(hexDigest(hash), committed->second) << k.exportedName << path;
                 }
                 ++kernels;
             }

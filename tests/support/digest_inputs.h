@@ -1,11 +1,15 @@
-// The inputs and the hash of the kernel digests, shared by the digest
-// program (which runs the compiled kernels) and the interpreter's test
-// (which runs the generator's graphs), so both hash the same bytes.
+// The inputs, the hash and the file of the kernel digests, shared by the
+// digest program (which runs the compiled kernels) and the interpreter's
+// test (which runs the generator's graphs), so both hash the same bytes.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <map>
+#include <string>
 
 namespace tvktest {
 
@@ -17,6 +21,25 @@ inline uint64_t fnv1a(const void* data, size_t size, uint64_t hash)
     for (size_t i = 0; i < size; ++i)
         hash = (hash ^ bytes[i]) * 0x100000001b3ULL;
     return hash;
+}
+
+// A hash as the digest file writes it.
+inline std::string hexDigest(uint64_t hash)
+{
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+    return text;
+}
+
+// A digest file's lines "kernel path hash", as hash by "kernel path"; none
+// where it cannot be read.
+inline std::map<std::string, std::string> readDigests(const std::string& fileName)
+{
+    std::ifstream file(fileName);
+    std::map<std::string, std::string> lines;
+    for (std::string kernel, path, hash; file >> kernel >> path >> hash;)
+        lines[kernel + " " + path] = hash;
+    return lines;
 }
 
 // `count` numbers from integer arithmetic alone (xorshift32 from the seed,
