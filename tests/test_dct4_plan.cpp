@@ -226,25 +226,6 @@ TYPED_TEST(Dct4Plan, InitAllocAndFreeUseOneBlock)
 constexpr int kOrder32[32] = {0, 31, 16, 15, 4, 27, 20, 11, 8, 23, 24, 7, 12, 19, 28, 3,
                               1, 30, 17, 14, 5, 26, 21, 10, 9, 22, 25, 6, 13, 18, 29, 2};
 
-template <class Real>
-struct BuiltPlan {
-    explicit BuiltPlan(int len) : block(sizeOf<Real>(len), 0)
-    {
-        typename Api<Real>::Plan* plan = nullptr;
-        EXPECT_EQ(Api<Real>::init(&plan, len, block.mem), StatusOk);
-        root = reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan);
-    }
-    // The first recombine stage's first kernel.
-    const RecombineKernel* recombineKernel() const
-    {
-        const auto first = [this](Ref list) { return listNth(recordAt<ListCell>(block.mem, list), 0); };
-        const auto* stage = recordAt<RecombineStage>(block.mem, first(root->recombineList));
-        return recordAt<RecombineKernel>(block.mem, first(stage->kernelList));
-    }
-    GuardedBlock block;
-    tvkgen::dct4::Dct4Plan* root;
-};
-
 // Every rotation entry against theta(p, c) = pi (2p + 1)(2c + 1) / (4N) in
 // long double, in block, column-order, cos-then-sin, lane order. In binary32
 // the quotient n / (8N) is rounded to float before the cosine, which is
@@ -253,9 +234,15 @@ struct BuiltPlan {
 TYPED_TEST(Dct4Plan, RotationTableLayoutAndValues)
 {
     for (int len : {64, 4096, 4097}) {
-        BuiltPlan<TypeParam> built(len);
-        const RecombineKernel* kernel = built.recombineKernel();
-        const TypeParam* table = recordAt<TypeParam>(built.block.mem, kernel->table);
+        GuardedBlock block(sizeOf<TypeParam>(len), 0);
+        typename Api<TypeParam>::Plan* plan = nullptr;
+        ASSERT_EQ(Api<TypeParam>::init(&plan, len, block.mem), StatusOk);
+        // The first kernel of the first recombine stage.
+        const auto first = [&block](Ref list) { return listNth(recordAt<ListCell>(block.mem, list), 0); };
+        const auto* stage = recordAt<RecombineStage>(
+            block.mem, first(reinterpret_cast<tvkgen::dct4::Dct4Plan*>(plan)->recombineList));
+        const auto* kernel = recordAt<RecombineKernel>(block.mem, first(stage->kernelList));
+        const TypeParam* table = recordAt<TypeParam>(block.mem, kernel->table);
         const int r = kernel->radix;
         const int lanes = 16 / sizeof(TypeParam);
         const long double tolerance = sizeof(TypeParam) == 4 ? 2e-7L : 4e-16L;

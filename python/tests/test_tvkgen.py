@@ -34,18 +34,13 @@ def random(n, dtype, seed):
 
 
 def packed(X, n, layout):
-    """The cells of numpy's half spectrum X in a layout."""
-    if layout == "ccs":
-        return np.column_stack([X.real, X.imag]).ravel()
-    cells = [X[0].real]
-    last = n // 2 if n % 2 == 0 else None
-    if layout == "perm" and last is not None:
-        cells.append(X[last].real)
-    for k in range(1, (n - 1) // 2 + 1):
-        cells += [X[k].real, X[k].imag]
-    if layout == "pack" and last is not None:
-        cells.append(X[last].real)
-    return np.array(cells)
+    """The cells of numpy's half spectrum X in a layout: CCS holds R[k], I[k] for k = 0 .. n/2; Pack leaves out I[0]
+    and, for even n, I[n/2]; Perm is Pack with R[n/2] moved into the second cell."""
+    ccs = np.column_stack([X.real, X.imag]).ravel()
+    pack = np.delete(ccs, 1)[:n]
+    if layout == "perm" and n % 2 == 0:
+        return np.concatenate([pack[:1], pack[-1:], pack[1:-1]])
+    return ccs if layout == "ccs" else pack
 
 
 @pytest.mark.parametrize("dtype", COMPLEX)
