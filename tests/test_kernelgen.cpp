@@ -59,7 +59,8 @@ using AnyTransform = TransformOf<ComplexArith>;
 // interleaved (re, im) in, interleaved out, times the scale. The arithmetic
 // of the DCT-IV pieces has rotations by any angle on scalars; the 32fc
 // one has the rounding policies.
-Graph scalarDft(int n, const AnyTransform& transform, Kind kind, RoundingPolicy rounding, bool anyAngle)
+Graph scalarDft(int n, const AnyTransform& transform, bool anyAngle, Kind kind = Kind::F64,
+                RoundingPolicy rounding = RoundingPolicy::elementType())
 {
     Graph g;
     SplitArith split(g, Direction::Forward, kind, rounding);
@@ -75,11 +76,6 @@ Graph scalarDft(int n, const AnyTransform& transform, Kind kind, RoundingPolicy 
         g.store(g.mul(lanes.materialize(X[k].im, X[k].negIm), scale), 2 * k + 1);
     }
     return g;
-}
-
-Graph scalarDft(int n, const AnyTransform& transform, bool anyAngle)
-{
-    return scalarDft(n, transform, Kind::F64, RoundingPolicy::elementType(), anyAngle);
 }
 
 AnyTransform folded5()
@@ -154,7 +150,7 @@ INSTANTIATE_TEST_SUITE_P(Methods, AdjointTest, ::testing::ValuesIn(dftCases()),
 // turn into each other.
 TEST(Adjoint, SwapsLoadsWithStoresAndWidenWithNarrow)
 {
-    const Graph g = scalarDft(5, folded5(), Kind::F32, RoundingPolicy::doubleRule(), false);
+    const Graph g = scalarDft(5, folded5(), false, Kind::F32, RoundingPolicy::doubleRule());
     const Graph t = adjoint(g);
     const auto count = [](const Graph& graph, Op op) {
         int c = 0;
