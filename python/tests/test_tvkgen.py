@@ -1,7 +1,7 @@
-"""The Python module against numpy and scipy: every family and size, each
-layout, both element types, threads, and the errors it raises."""
+"""The Python module against numpy.fft and scipy.fft and the library's single
+calls: every length, dtype, axis, n, norm and layout, batches of any memory
+layout, the scipy backend, threads, the loader, and the errors it raises."""
 
-import concurrent.futures
 import ctypes
 import os
 import shutil
@@ -17,8 +17,8 @@ import scipy.linalg
 import tvkgen
 
 SIZES = range(2, 65)
+NORMS = [None, "ortho", "forward"]
 REAL = [np.float32, np.float64]
-COMPLEX = [np.complex64, np.complex128]
 
 
 def tolerance(dtype, n):
@@ -26,103 +26,244 @@ def tolerance(dtype, n):
     return 16 * eps * np.log2(n + 1) * np.sqrt(n)
 
 
-def random(n, dtype, seed):
+def random(shape, dtype, seed):
     rng = np.random.default_rng(seed)
-    if np.issubdtype(dtype, np.complexfloating):
-        return (rng.uniform(-1, 1, n) + 1j * rng.uniform(-1, 1, n)).astype(dtype)
-    return rng.uniform(-1, 1, n).astype(dtype)
+    if np.dtype(dtype).kind == "i":
+        return rng.integers(-3, 4, shape).astype(dtype)
+    x = rng.uniform(-1, 1, shape)
+    return (x + 1j * rng.uniform(-1, 1, shape) if np.dtype(dtype).kind == "c" else x).astype(dtype)
+
+
+def single_calls(name, rows, length, out_dtype, out_cells, flag):
+    """Each row (in the library's type, contiguous) through the single dispatcher."""
+    out = np.empty((len(rows), out_cells), out_dtype)
+    for src, dst in zip(rows, out):
+        assert tvkgen._export(name)(src.ctypes.data, dst.ctypes.data, length, flag) == 0
+    return out
+
+
+def precision(dtype):
+    return np.dtype(np.float32 if np.dtype(dtype) in (np.float32, np.complex64) else np.float64)
+
+
+# function, numpy's, the single dispatcher, input dtypes
+DFTS = {
+    "fft": (np.fft.fft, "tvkgDFTFwd_CToC", [np.float32, np.float64, np.complex64, np.complex128, np.int16]),
+    "ifft": (np.fft.ifft, "tvkgDFTInv_CToC", [np.float32, np.complex64, np.complex128, np.int16]),
+    "rfft": (np.fft.rfft, "tvkgDFTFwd_RToCCS", [np.float32, np.float64, np.int16]),
+    "irfft": (np.fft.irfft, "tvkgDFTInv_CCSToR", [np.float32, np.complex64, np.complex128]),
+}
+
+
+@pytest.mark.parametrize("n", SIZES)
+@pytest.mark.parametrize("name, dtype", [(name, dtype) for name in DFTS for dtype in DFTS[name][2]])
+def test_dfts_give_numpys_values_and_the_single_calls_bytes(name, dtype, n):
+    oracle, dispatcher, _ = DFTS[name]
+    real = precision(dtype)
+    cplx = np.result_type(real, np.complex64)
+    x = random((3, n // 2 + 1 if name == "irfft" else n), dtype, n)
+    y = getattr(tvkgen, name)(x, n) if name == "irfft" else getattr(tvkgen, name)(x)
+    want = oracle(x.astype(np.complex128 if x.dtype.kind == "c" else np.float64), n)
+    assert y.dtype == (real if name == "irfft" else cplx)
+    np.testing.assert_allclose(y, want, atol=4 * tolerance(real, n))
+    if name in ("fft", "ifft"):
+        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[cplx]}", x.astype(cplx), n, cplx, n, 2)
+    elif name == "rfft":
+        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[real]}", x.astype(real), n, real, 2 * (n // 2 + 1), 2)
+    else:
+        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[real]}", x.astype(cplx).view(real), n, real, n, 2)
+    np.testing.assert_array_equal(y.view(calls.dtype), calls)
+
+
+def laid_out(x, memory):
+    """x in one of the memory layouts a caller may hand in."""
+    if memory == "fortran":
+        return np.asfortranarray(x)
+    if memory == "strided":
+        big = np.zeros((2 * x.shape[0],) + x.shape[1:-1] + (3 * x.shape[-1],), x.dtype)
+        big[::2, ..., ::3] = x
+        return big[::2, ..., ::3]
+    if memory == "read-only":
+        x = x.copy()
+        x.flags.writeable = False
+    return x
+
+
+@pytest.mark.parametrize("memory", ["contiguous", "fortran", "strided", "read-only", "out", "strided out"])
+@pytest.mark.parametrize("norm", NORMS)
+@pytest.mark.parametrize("axis, n", [(0, None), (1, None), (-1, None), (0, 4), (1, 24), (-1, 9), (-1, 30)])
+@pytest.mark.parametrize("name", DFTS)
+def test_axes_n_norms_and_memory_layouts_as_numpys(name, axis, n, norm, memory):
+    x = random((6, 5, 16), np.complex128 if name in ("ifft", "irfft") else np.float64, 1)
+    want = DFTS[name][0](x, n, axis, norm)
+    out = None
+    if memory.endswith("out"):
+        wide = np.empty(want.shape[:-1] + (2 * want.shape[-1],), want.dtype)
+        out = wide[..., ::2] if memory == "strided out" else wide[..., :want.shape[-1]].copy()
+    y = getattr(tvkgen, name)(laid_out(x, memory), n, axis, norm, out=out)
+    assert y is out if out is not None else y.shape == want.shape
+    np.testing.assert_allclose(y, want, atol=tolerance(np.float64, 64))
+
+
+def test_out_may_be_the_input_and_empty_batches_are_empty():
+    x = random((4, 16), np.complex128, 2)
+    want = np.fft.fft(x)
+    assert tvkgen.fft(x, out=x) is x
+    np.testing.assert_allclose(x, want, atol=tolerance(np.float64, 16))
+    assert tvkgen.rfft(np.zeros((0, 3, 8))).shape == (0, 3, 5)
 
 
 def packed(X, n, layout):
-    """The cells of numpy's half spectrum X in a layout: CCS holds R[k], I[k] for k = 0 .. n/2; Pack leaves out I[0]
-    and, for even n, I[n/2]; Perm is Pack with R[n/2] moved into the second cell."""
-    ccs = np.column_stack([X.real, X.imag]).ravel()
-    pack = np.delete(ccs, 1)[:n]
-    if layout == "perm" and n % 2 == 0:
-        return np.concatenate([pack[:1], pack[-1:], pack[1:-1]])
-    return ccs if layout == "ccs" else pack
-
-
-@pytest.mark.parametrize("dtype", COMPLEX)
-@pytest.mark.parametrize("n", SIZES)
-def test_fft_forward_and_inverse(n, dtype):
-    x = random(n, dtype, n)
-    X = tvkgen.fft(x)
-    assert X.dtype == dtype
-    np.testing.assert_allclose(X, np.fft.fft(x.astype(np.complex128)), atol=tolerance(dtype, n))
-    back = tvkgen.fft(X, inverse=True, scale="inverse")
-    np.testing.assert_allclose(back, x, atol=tolerance(dtype, n))
+    """The cells of numpy's half spectrum X in a layout."""
+    if layout == "ccs":
+        return np.column_stack([X.real, X.imag]).ravel()
+    cells = [X[0].real]
+    last = n // 2 if n % 2 == 0 else None
+    if layout == "perm" and last is not None:
+        cells.append(X[last].real)
+    for k in range(1, (n - 1) // 2 + 1):
+        cells += [X[k].real, X[k].imag]
+    if layout == "pack" and last is not None:
+        cells.append(X[last].real)
+    return np.array(cells)
 
 
 @pytest.mark.parametrize("layout", tvkgen.LAYOUTS)
 @pytest.mark.parametrize("dtype", REAL)
 @pytest.mark.parametrize("n", SIZES)
-def test_rfft_and_irfft_in_every_layout(n, dtype, layout):
-    x = random(n, dtype, 100 + n)
-    cells = tvkgen.rfft(x, layout=layout)
-    want = packed(np.fft.rfft(x.astype(np.float64)), n, layout)
+def test_packed_layouts_and_their_inverse(n, dtype, layout):
+    x = random((2, n), dtype, 100 + n)
+    cells = tvkgen.rfft_packed(x, layout=layout, norm="ortho")
+    want = [packed(X, n, layout) for X in np.fft.rfft(x.astype(np.float64), norm="ortho")]
     np.testing.assert_allclose(cells, want, atol=tolerance(dtype, n))
-    y = tvkgen.irfft(cells, n, layout=layout)
-    np.testing.assert_allclose(y, np.fft.irfft(np.fft.rfft(x.astype(np.float64)), n) * n, atol=n * tolerance(dtype, n))
-    back = tvkgen.irfft(tvkgen.rfft(x, layout=layout, scale="sqrt"), n, layout=layout, scale="sqrt")
-    np.testing.assert_allclose(back, x, atol=tolerance(dtype, n))
+    np.testing.assert_allclose(tvkgen.irfft_packed(cells, n, layout=layout, norm="ortho"), x, atol=tolerance(dtype, n))
+    if layout == "ccs":
+        np.testing.assert_array_equal(tvkgen.rfft(x, norm="ortho").view(dtype), cells)
 
 
+def hadamard(x):
+    """scipy.linalg.hadamard(n) @ x along the last axis; from 4096 on from the
+    half length's transform, H(2m) = [[H(m), H(m)], [H(m), -H(m)]]."""
+    n = x.shape[-1]
+    if n <= 2048:
+        return x @ scipy.linalg.hadamard(n).T
+    a, b = hadamard(x[..., :n // 2]), hadamard(x[..., n // 2:])
+    return np.concatenate([a + b, a - b], axis=-1)
+
+
+NORM_FACTOR = {None: lambda n: 1, "ortho": lambda n: 1 / np.sqrt(n), "forward": lambda n: 1 / n}
+OWN = {
+    "dht": (SIZES, lambda x, norm: (np.fft.fft(x).real - np.fft.fft(x).imag) * NORM_FACTOR[norm](x.shape[-1]), 1),
+    "wht": ([1 << k for k in range(1, 14)], lambda x, norm: hadamard(x) * NORM_FACTOR[norm](x.shape[-1]), 16),
+    "dct4": ([1 << k for k in range(1, 14)], lambda x, norm: scipy.fft.dct(x, type=4, norm=norm), 1),
+}
+
+
+@pytest.mark.parametrize("norm", NORMS)
 @pytest.mark.parametrize("dtype", REAL)
-@pytest.mark.parametrize("n", SIZES)
-def test_hartley(n, dtype):
-    x = random(n, dtype, 200 + n)
-    X = np.fft.fft(x.astype(np.float64))
-    np.testing.assert_allclose(tvkgen.hartley(x), X.real - X.imag, atol=tolerance(dtype, n))
-    np.testing.assert_allclose(tvkgen.hartley(tvkgen.hartley(x), scale="forward"), x, atol=tolerance(dtype, n))
-
-
-@pytest.mark.parametrize("dtype", REAL)
-@pytest.mark.parametrize("order", range(1, 14))
-@pytest.mark.parametrize("transform, oracle, slack", [
-    (tvkgen.wht, lambda x: scipy.linalg.hadamard(len(x)) @ x, lambda n: n),
-    (tvkgen.dct4, lambda x: scipy.fft.dct(x, type=4) / 2, np.sqrt),
-], ids=["wht", "dct4"])
-def test_power_of_two_lengths(transform, oracle, slack, order, dtype):
-    n = 1 << order
-    x = random(n, dtype, 300 + order)
-    np.testing.assert_allclose(transform(x), oracle(x.astype(np.float64)), atol=slack(n) * tolerance(dtype, n))
+@pytest.mark.parametrize("name, n", [(name, n) for name in OWN for n in OWN[name][0]])
+def test_hartley_walsh_hadamard_and_dct4_as_their_oracles(name, n, dtype, norm):
+    x = random((2, n), dtype, 300 + n)
+    y = getattr(tvkgen, name)(x, norm=norm)
+    want = OWN[name][1](x.astype(np.float64), norm)
+    scale = np.abs(want).max()
+    np.testing.assert_allclose(y, want, atol=OWN[name][2] * scale * tolerance(dtype, n))
+    assert y.dtype == dtype
     # The same values again: dct4 makes the plan of the length once and reuses it.
-    np.testing.assert_array_equal(transform(x), transform(x))
+    np.testing.assert_array_equal(getattr(tvkgen, name)(x, norm=norm), y)
 
 
-@pytest.mark.parametrize("dtype", REAL)
-def test_dct4_from_threads_at_once(dtype):
-    """Plans from length 64 up hold their work area: threads must not share one."""
-    threads, calls, n = 8, 100, 1 << 16  # long enough that calls overlap even on two cores
-    inputs = [random(n, dtype, 500 + t) for t in range(threads)]
-    wants = [tvkgen.dct4(x) for x in inputs]
-    start = threading.Barrier(threads)  # each call waits here, so every one has a thread of its own
+X = random((4, 8, 16), np.float64, 7)
+SERVED = [
+    ("fft", (X,), dict(axis=1), lambda: tvkgen.fft(X, axis=1)),
+    ("ifft", (X, 20), dict(norm="ortho", workers=2), lambda: tvkgen.ifft(X, 20, norm="ortho")),
+    ("rfft", (X.astype(np.float32),), {}, lambda: tvkgen.rfft(X.astype(np.float32))),
+    ("irfft", (X,), dict(axis=0), lambda: tvkgen.irfft(X, axis=0)),
+    ("fft2", (X,), dict(norm="forward"), lambda: tvkgen.fft(tvkgen.fft(X, axis=-2, norm="forward"), norm="forward")),
+    ("ifft2", (X,), dict(s=(6, 9), axes=(0, 2)), lambda: tvkgen.ifft(tvkgen.ifft(X, 6, 0), 9, 2)),
+    ("fftn", (X,), {}, lambda: tvkgen.fft(tvkgen.fft(tvkgen.fft(X, axis=0), axis=1), axis=2)),
+    ("ifftn", (X,), dict(s=(5, 4)), lambda: tvkgen.ifft(tvkgen.ifft(X, 5, axis=1), 4, axis=2)),
+    ("dct", (X,), dict(type=4, norm="ortho"), lambda: tvkgen.dct4(X, norm="ortho")),
+    ("idct", (X,), dict(type=4), lambda: tvkgen.dct4(X, norm="forward")),
+    ("idct", (X,), dict(type=4, norm="forward"), lambda: tvkgen.dct4(X)),
+]
+DECLINED = [("fft", (X, 65), {}), ("fftn", (X,), dict(s=(4, 1))), ("fft", (X.astype(np.longdouble),), {}),
+            ("irfft", (X,), dict(n=130)), ("dct", (X,), {}), ("dct", (X, 4, 12), {}), ("hfft", (X,), {})]
 
-    def wrong_calls(t):
+
+@pytest.mark.parametrize("name, args, kwargs, want", SERVED)
+def test_the_scipy_backend_serves_covered_calls(name, args, kwargs, want):
+    with scipy.fft.set_backend(tvkgen.scipy_backend, only=True):
+        y = getattr(scipy.fft, name)(*args, **kwargs)
+    np.testing.assert_array_equal(y, want())
+    assert y.dtype == getattr(scipy.fft, name)(*args, **kwargs).dtype
+    np.testing.assert_allclose(y, getattr(scipy.fft, name)(*args, **kwargs), atol=tolerance(np.float32, 64))
+
+
+@pytest.mark.parametrize("name, args, kwargs", DECLINED)
+def test_the_scipy_backend_leaves_every_other_call_to_scipy(name, args, kwargs):
+    with scipy.fft.set_backend(tvkgen.scipy_backend, only=True), pytest.raises(Exception, match="No selected backends"):
+        getattr(scipy.fft, name)(*args, **kwargs)
+    with scipy.fft.set_backend(tvkgen.scipy_backend):
+        y = getattr(scipy.fft, name)(*args, **kwargs)
+    np.testing.assert_array_equal(y, getattr(scipy.fft, name)(*args, **kwargs))
+
+
+@pytest.mark.parametrize("name, shape", [("fft", (20000, 16)), ("wht", (300, 512)), ("dct4", (64, 1024))])
+@pytest.mark.parametrize("workers", [2, -1])
+def test_workers_split_a_batch_into_the_same_bytes(name, shape, workers):
+    x = random(shape, np.float64, 11)
+    np.testing.assert_array_equal(getattr(tvkgen, name)(x, workers=workers), getattr(tvkgen, name)(x))
+
+
+@pytest.mark.parametrize("name, n", [("fft", 64), ("dct4", 1 << 16)])  # dct4's long plans hold their work area
+def test_calls_from_threads_at_once(name, n):
+    threads, calls = 8, 50
+    inputs = [random((4, n), np.float32, 500 + t) for t in range(threads)]
+    wants = [getattr(tvkgen, name)(x) for x in inputs]
+    start = threading.Barrier(threads)
+    wrong = [0] * threads
+
+    def work(t):
         start.wait()
-        return sum(not np.array_equal(tvkgen.dct4(inputs[t]), wants[t]) for _ in range(calls))
+        for _ in range(calls):
+            wrong[t] += not np.array_equal(getattr(tvkgen, name)(inputs[t]), wants[t])
 
-    with concurrent.futures.ThreadPoolExecutor(threads) as pool:
-        wrong = sum(pool.map(wrong_calls, range(threads)))
-    assert wrong == 0, f"{wrong} of {threads * calls} calls gave other values"
+    pool = [threading.Thread(target=work, args=(t,)) for t in range(threads)]
+    for thread in pool:
+        thread.start()
+    for thread in pool:
+        thread.join()
+    assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
 
 
-def import_copy(tmp_path, library, code="import tvkgen"):
-    """Runs code with a copy of the module outside the checkout and TVKGEN_LIBRARY naming library."""
+@pytest.mark.parametrize("name", ["fft", "ifft", "rfft", "rfft_packed", "dht", "wht"])
+def test_without_the_batch_library_rows_are_single_calls_of_the_same_bytes(name, monkeypatch):
+    x = laid_out(random((3, 4, 32), np.float32, 12), "strided")
+    want = getattr(tvkgen, name)(x, axis=1 if name == "fft" else -1)
+    monkeypatch.setattr(tvkgen, "_batch_entry", lambda name: None)
+    np.testing.assert_array_equal(getattr(tvkgen, name)(x, axis=1 if name == "fft" else -1), want)
+
+
+def import_copy(tmp_path, variable, library, code="import tvkgen"):
+    """Runs code with a copy of the module outside the checkout, the variable naming library
+    (TVKGEN_LIBRARY this one's unless it is the variable; libtvkgen_batch beside it)."""
     module = tmp_path / "site" / "tvkgen"
     module.mkdir(parents=True)
     shutil.copy(tvkgen.__file__, module)
-    environment = dict(os.environ, TVKGEN_LIBRARY=str(library), PYTHONPATH=str(module.parent))
+    environment = {k: v for k, v in os.environ.items() if k not in ("TVKGEN_LIBRARY", "TVKGEN_BATCH_LIBRARY")}
+    environment.update(PYTHONPATH=str(module.parent), TVKGEN_LIBRARY=os.path.abspath(tvkgen.library_path))
+    environment[variable] = str(library)
     return subprocess.run([sys.executable, "-c", code], env=environment, capture_output=True, text=True, cwd=tmp_path)
 
 
-def test_a_library_that_does_not_load_is_reported_in_the_loaders_words(tmp_path):
+@pytest.mark.parametrize("variable", ["TVKGEN_LIBRARY", "TVKGEN_BATCH_LIBRARY"])
+def test_a_library_that_does_not_load_is_reported_in_the_loaders_words(tmp_path, variable):
     library = tmp_path / "libtvkgen.so"
     library.write_text("not a shared library\n")
     with pytest.raises(OSError) as loader:
         ctypes.CDLL(str(library))
-    run = import_copy(tmp_path, library)
+    run = import_copy(tmp_path, variable, library)
     assert run.returncode != 0
     assert str(loader.value) in run.stderr
 
@@ -131,13 +272,14 @@ def test_an_installed_library_is_called_through_the_list_in_its_prefix(tmp_path)
     lib = tmp_path / "prefix" / "lib"
     lib.mkdir(parents=True)
     (lib / "libtvkgen.so").symlink_to(tvkgen.library_path)
-    call = "import numpy, tvkgen; print(tvkgen.hartley(numpy.ones(4))[0])"
-    run = import_copy(tmp_path / "without", lib / "libtvkgen.so", call)
+    (lib / "libtvkgen_batch.so").symlink_to(tvkgen.batch_library_path)
+    call = "import tvkgen; print(tvkgen.dht([1, 1, 1, 1])[0], tvkgen.batch_library_path)"
+    run = import_copy(tmp_path / "without", "TVKGEN_LIBRARY", lib / "libtvkgen.so", call)
     assert run.returncode != 0 and "tvkgen_exports.inc, the list of the library's exports, is in none of" in run.stderr
     (tmp_path / "prefix" / "include").mkdir()
     shutil.copy(tvkgen._exports_path, tmp_path / "prefix" / "include")
-    run = import_copy(tmp_path / "with", lib / "libtvkgen.so", call)
-    assert (run.returncode, run.stdout) == (0, "4.0\n"), run.stderr
+    run = import_copy(tmp_path / "with", "TVKGEN_LIBRARY", lib / "libtvkgen.so", call)
+    assert (run.returncode, run.stdout) == (0, f"4.0 {lib / 'libtvkgen_batch.so'}\n"), run.stderr
 
 
 def test_a_name_off_the_list_is_refused():
@@ -151,31 +293,33 @@ def dct4_of_length(n, dtype):
 
 
 @pytest.mark.parametrize("call, error, message", [
-    (lambda: tvkgen.fft(np.zeros(8)), TypeError, "complex64 or complex128"),
-    (lambda: tvkgen.rfft(np.zeros(8, np.int32)), TypeError, "float32 or float64"),
-    (lambda: tvkgen.rfft(np.zeros((2, 8))), ValueError, "one-dimensional"),
-    (lambda: tvkgen.hartley(np.zeros(65)), ValueError, "sizes are 2 to 64, not 65"),
-    (lambda: tvkgen.fft(np.zeros(0, np.complex64)), ValueError, "sizes are 2 to 64, not 0"),
-    (lambda: tvkgen.wht(np.zeros(12)), ValueError, "powers of two from 2 to 8192, not 12"),
-    (lambda: tvkgen.wht(np.zeros(0)), ValueError, "powers of two from 2 to 8192, not 0"),
+    (lambda: tvkgen.fft(np.array(["a", "b"])), TypeError, "fft takes float16, .* integer or bool numbers, not <U1"),
+    (lambda: tvkgen.fft(np.zeros(8, np.longdouble)), TypeError, "not float128"),
+    (lambda: tvkgen.rfft(np.zeros(8, complex)), TypeError, "rfft takes real numbers .*, not complex128"),
+    (lambda: tvkgen.dht(np.zeros(65)), ValueError, "dht: the library's lengths are 2 to 64, not 65"),
+    (lambda: tvkgen.fft(np.zeros(1)), ValueError, "fft: the library's lengths are 2 to 64, not 1"),
+    (lambda: tvkgen.irfft(np.zeros(1)), ValueError, "irfft: the library's lengths are 2 to 64, not 0"),
+    (lambda: tvkgen.ifft(np.zeros(8), n=8.0), TypeError, "ifft: n is an integer, not 8.0"),
+    (lambda: tvkgen.fft(np.zeros((2, 8)), axis=2), ValueError, "fft: axis 2 is out of range for an array of 2"),
+    (lambda: tvkgen.fft(np.zeros(8), axis=True), TypeError, "fft: axis is an integer, not True"),
+    (lambda: tvkgen.fft(np.zeros(8), norm="half"), ValueError, r"fft: norm is None or one of \['backward', 'ortho'"),
+    (lambda: tvkgen.dht(np.zeros(8), norm=1), TypeError, "dht: norm is None or one of .*, not 1"),
+    (lambda: tvkgen.fft(np.zeros(8), out=[0] * 8), TypeError, "fft: out is a numpy array, not list"),
+    (lambda: tvkgen.fft(np.zeros(8), out=np.zeros(8)), TypeError, "out is a complex128 array .*, not float64"),
+    (lambda: tvkgen.rfft(np.zeros(8), out=np.zeros(8, complex)), ValueError, r"out has shape \(5,\) .*, not \(8,\)"),
+    (lambda: tvkgen.fft(np.zeros(8), out=np.broadcast_to(np.zeros(1, complex), (8,))), ValueError, "out is read-only"),
+    (lambda: tvkgen.fft(np.zeros(8), workers=0), ValueError, "fft: workers is None, a positive count"),
+    (lambda: tvkgen.fft(np.zeros(8), workers=1.0), TypeError, "fft: workers is None, a positive count"),
+    (lambda: tvkgen.fft(np.zeros(8), workers=-10 ** 6), ValueError, "workers=-1000000 leaves no thread"),
+    (lambda: tvkgen.wht(np.zeros(12)), ValueError, "wht: .* powers of two from 2 to 8192, not 12"),
     (lambda: tvkgen.wht(np.zeros(16384, np.float32)), ValueError, "powers of two from 2 to 8192, not 16384"),
-    (lambda: tvkgen.irfft(np.zeros(7), 6), ValueError, "has 8 cells in ccs, not 7"),
-    (lambda: tvkgen.irfft(np.zeros(8), 6.0), TypeError, "n is an integer, not 6.0"),
-    (lambda: tvkgen.irfft(np.zeros(8), 65), ValueError, "sizes are 2 to 64, not 65"),
-    (lambda: tvkgen.irfft(np.zeros(6), 6, layout="packed"), ValueError, "layout is one of"),
-    (lambda: tvkgen.rfft(np.zeros(8), layout="packed"), ValueError, "layout is one of"),
-    (lambda: tvkgen.rfft(np.zeros(8), layout=None), ValueError, "layout is one of"),
-    (lambda: tvkgen.hartley(np.zeros(8), scale="half"), ValueError, "scale is one of .* integer flag, not 'half'"),
-    (lambda: tvkgen.hartley(np.zeros(8), scale=1.5), TypeError, "scale is one of .* integer flag, not 1.5"),
-    (lambda: tvkgen.rfft(np.zeros(8), scale=True), TypeError, "scale is one of .* integer flag, not True"),
-    (lambda: tvkgen.wht(np.zeros(8), scale=None), TypeError, "scale is one of .* integer flag, not None"),
-    (lambda: tvkgen.fft(np.zeros(8, np.complex64), scale=(1 << 32) + 1), ValueError, "32 bits, not 4294967297"),
-    (lambda: tvkgen.fft(np.zeros(8, np.complex64), inverse="no"), TypeError, "inverse is True or False, not 'no'"),
-    (lambda: tvkgen.fft(np.zeros(8, np.complex64), inverse=1), TypeError, "inverse is True or False, not 1"),
+    (lambda: tvkgen.irfft_packed(np.zeros(7), 6), ValueError, "a length-6 spectrum has 8 cells in ccs, not 7"),
+    (lambda: tvkgen.rfft_packed(np.zeros(8), layout="packed"), ValueError, "rfft_packed: layout is one of"),
+    (lambda: tvkgen.irfft_packed(np.zeros(8), layout=None), ValueError, "irfft_packed: layout is one of"),
     # The library takes 2^k + 1 (no DCT-IV) and wraps the plan's size from 2^29 on.
-    *[(dct4_of_length(n, dtype), ValueError, rf"dct4 .*powers of two.* not {n}$")
+    *[(dct4_of_length(n, dtype), ValueError, rf"dct4: .*powers of two.* not {n}$")
       for dtype, longest in ((np.float32, 1 << 26), (np.float64, 1 << 25))
-      for n in (0, 1, 3, 9, 12, 17, 33, 65, 1025, longest + 1, 2 * longest, 1 << 29, 1 << 30)],
+      for n in (3, 9, 12, 17, 33, 65, 1025, longest + 1, 2 * longest, 1 << 29, 1 << 30)],
 ])
 def test_wrong_arguments_are_named(call, error, message):
     with pytest.raises(error, match=message):
@@ -183,7 +327,8 @@ def test_wrong_arguments_are_named(call, error, message):
 
 
 def test_statuses_become_tvkgen_errors():
+    call = tvkgen._rows_call("tvkgHartley_64f", 8, 3, 8)  # 3 is no scale flag
+    x = np.zeros((2, 8))
     with pytest.raises(tvkgen.TvkgenError) as flag:
-        tvkgen.hartley(np.zeros(8), scale=3)
-    assert flag.value.status == -16
-    assert flag.value.function == "tvkgHartley_64f"
+        tvkgen._run(call, x, x.copy(), (8, 8), 8, 1)
+    assert flag.value.status == -16 and flag.value.function.endswith("Hartley_64f")
