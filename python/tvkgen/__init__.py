@@ -73,7 +73,7 @@ def _candidates():
     here = os.path.dirname(os.path.abspath(__file__))
     try:  # written by `cmake --install`: the library's folder, from this one
         from . import _installed
-        yield os.path.join(here, _installed.LIBRARY_DIR, "libtvkgen.so")
+        yield os.path.normpath(os.path.join(here, _installed.LIBRARY_DIR, "libtvkgen.so"))
     except ImportError:
         pass
     yield from sorted(glob.glob(os.path.join(here, "libtvkgen.so*")))
