@@ -2,12 +2,13 @@
 calls: every length, dtype, axis, n, norm and layout, batches of any memory
 layout, the scipy backend, threads, the loader, and the errors it raises."""
 
+import concurrent.futures
 import ctypes
+import doctest
 import os
 import shutil
 import subprocess
 import sys
-import threading
 
 import numpy as np
 import pytest
@@ -34,9 +35,9 @@ def random(shape, dtype, seed):
     return (x + 1j * rng.uniform(-1, 1, shape) if np.dtype(dtype).kind == "c" else x).astype(dtype)
 
 
-def single_calls(name, rows, length, out_dtype, out_cells, flag):
-    """Each row (in the library's type, contiguous) through the single dispatcher."""
-    out = np.empty((len(rows), out_cells), out_dtype)
+def single_calls(name, rows, length, like, flag=2):
+    """Each row (in the library's cells, contiguous) through the single dispatcher, into an array like `like`."""
+    out = np.empty_like(like)
     for src, dst in zip(rows, out):
         assert tvkgen._export(name)(src.ctypes.data, dst.ctypes.data, length, flag) == 0
     return out
@@ -66,13 +67,10 @@ def test_dfts_give_numpys_values_and_the_single_calls_bytes(name, dtype, n):
     want = oracle(x.astype(np.complex128 if x.dtype.kind == "c" else np.float64), n)
     assert y.dtype == (real if name == "irfft" else cplx)
     np.testing.assert_allclose(y, want, atol=4 * tolerance(real, n))
-    if name in ("fft", "ifft"):
-        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[cplx]}", x.astype(cplx), n, cplx, n, 2)
-    elif name == "rfft":
-        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[real]}", x.astype(real), n, real, 2 * (n // 2 + 1), 2)
-    else:
-        calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[real]}", x.astype(cplx).view(real), n, real, n, 2)
-    np.testing.assert_array_equal(y.view(calls.dtype), calls)
+    cell = cplx if name in ("fft", "ifft") else real  # the library's element
+    rows = x.astype(real if name == "rfft" else cplx).view(cell)
+    calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[cell]}", rows, n, y.view(cell))
+    np.testing.assert_array_equal(y.view(cell), calls)
 
 
 def laid_out(x, memory):
@@ -105,27 +103,25 @@ def test_axes_n_norms_and_memory_layouts_as_numpys(name, axis, n, norm, memory):
     np.testing.assert_allclose(y, want, atol=tolerance(np.float64, 64))
 
 
-def test_out_may_be_the_input_and_empty_batches_are_empty():
+def test_overlapping_rows_out_and_empty_batches():
     x = random((4, 16), np.complex128, 2)
     want = np.fft.fft(x)
     assert tvkgen.fft(x, out=x) is x
     np.testing.assert_allclose(x, want, atol=tolerance(np.float64, 16))
+    memory = random(144, np.float64, 3)  # out one row after the input: read before written
+    want = tvkgen.dht(memory[:128].reshape(8, 16))
+    tvkgen.dht(memory[:128].reshape(8, 16), out=memory[16:].reshape(8, 16))
+    np.testing.assert_array_equal(memory[16:].reshape(8, 16), want)
+    windows = np.lib.stride_tricks.sliding_window_view(x.ravel(), 16)  # rows one element apart
+    np.testing.assert_allclose(tvkgen.fft(windows), np.fft.fft(windows), atol=tolerance(np.float64, 16))
     assert tvkgen.rfft(np.zeros((0, 3, 8))).shape == (0, 3, 5)
 
 
 def packed(X, n, layout):
-    """The cells of numpy's half spectrum X in a layout."""
-    if layout == "ccs":
-        return np.column_stack([X.real, X.imag]).ravel()
-    cells = [X[0].real]
-    last = n // 2 if n % 2 == 0 else None
-    if layout == "perm" and last is not None:
-        cells.append(X[last].real)
-    for k in range(1, (n - 1) // 2 + 1):
-        cells += [X[k].real, X[k].imag]
-    if layout == "pack" and last is not None:
-        cells.append(X[last].real)
-    return np.array(cells)
+    """The cells of numpy's half spectrum X in a layout: R0, for even n R[n/2], and R1 I1 R2 I2 ... between."""
+    ccs = np.column_stack([X.real, X.imag]).ravel()
+    between, last = ccs[2:n + n % 2], ccs[n:n + 1 - n % 2]
+    return {"ccs": ccs, "pack": np.r_[ccs[0], between, last], "perm": np.r_[ccs[0], last, between]}[layout]
 
 
 @pytest.mark.parametrize("layout", tvkgen.LAYOUTS)
@@ -218,23 +214,15 @@ def test_workers_split_a_batch_into_the_same_bytes(name, shape, workers):
 
 @pytest.mark.parametrize("name, n", [("fft", 64), ("dct4", 1 << 16)])  # dct4's long plans hold their work area
 def test_calls_from_threads_at_once(name, n):
-    threads, calls = 8, 50
+    threads, calls, transform = 8, 20, getattr(tvkgen, name)
     inputs = [random((4, n), np.float32, 500 + t) for t in range(threads)]
-    wants = [getattr(tvkgen, name)(x) for x in inputs]
-    start = threading.Barrier(threads)
-    wrong = [0] * threads
+    wants = [transform(x) for x in inputs]
 
-    def work(t):
-        start.wait()
-        for _ in range(calls):
-            wrong[t] += not np.array_equal(getattr(tvkgen, name)(inputs[t]), wants[t])
+    def wrong(t):
+        return sum(not np.array_equal(transform(inputs[t]), wants[t]) for _ in range(calls))
 
-    pool = [threading.Thread(target=work, args=(t,)) for t in range(threads)]
-    for thread in pool:
-        thread.start()
-    for thread in pool:
-        thread.join()
-    assert sum(wrong) == 0, f"{sum(wrong)} of {threads * calls} calls gave other values"
+    with concurrent.futures.ThreadPoolExecutor(threads) as pool:
+        assert sum(pool.map(wrong, range(threads))) == 0
 
 
 @pytest.mark.parametrize("name", ["fft", "ifft", "rfft", "rfft_packed", "dht", "wht"])
@@ -245,12 +233,15 @@ def test_without_the_batch_library_rows_are_single_calls_of_the_same_bytes(name,
     np.testing.assert_array_equal(getattr(tvkgen, name)(x, axis=1 if name == "fft" else -1), want)
 
 
-def import_copy(tmp_path, variable, library, code="import tvkgen"):
+def import_copy(tmp_path, variable, library, code="import tvkgen", installed=None):
     """Runs code with a copy of the module outside the checkout, the variable naming library
-    (TVKGEN_LIBRARY this one's unless it is the variable; libtvkgen_batch beside it)."""
+    (TVKGEN_LIBRARY this one's unless it is the variable; libtvkgen_batch beside it), and
+    where installed names a folder, the install's note of the way to it."""
     module = tmp_path / "site" / "tvkgen"
     module.mkdir(parents=True)
     shutil.copy(tvkgen.__file__, module)
+    if installed:
+        (module / "_installed.py").write_text(f"LIBRARY_DIR = {os.path.relpath(installed, module)!r}\n")
     environment = {k: v for k, v in os.environ.items() if k not in ("TVKGEN_LIBRARY", "TVKGEN_BATCH_LIBRARY")}
     environment.update(PYTHONPATH=str(module.parent), TVKGEN_LIBRARY=os.path.abspath(tvkgen.library_path))
     environment[variable] = str(library)
@@ -278,14 +269,9 @@ def test_an_installed_library_is_called_through_the_list_in_its_prefix(tmp_path)
     assert run.returncode != 0 and "tvkgen_exports.inc, the list of the library's exports, is in none of" in run.stderr
     (tmp_path / "prefix" / "include").mkdir()
     shutil.copy(tvkgen._exports_path, tmp_path / "prefix" / "include")
-    run = import_copy(tmp_path / "with", "TVKGEN_LIBRARY", lib / "libtvkgen.so", call)
-    assert (run.returncode, run.stdout) == (0, f"4.0 {lib / 'libtvkgen_batch.so'}\n"), run.stderr
-
-
-def test_a_name_off_the_list_is_refused():
+    run = import_copy(tmp_path / "with", "TVKGEN_LIBRARY", "", call, installed=lib)
+    assert (run.returncode, run.stdout) == (0, f"4.0 {lib / 'libtvkgen_batch.so'}\n"), run.stderr  # found by the note
     assert len(tvkgen.EXPORTS) == 1193
-    with pytest.raises(LookupError, match="tvkgDFTFwd_CToC_65_32fc is not on tvkgen's list of exports"):
-        tvkgen._export("tvkgDFTFwd_CToC_65_32fc")
 
 
 def dct4_of_length(n, dtype):
@@ -316,6 +302,9 @@ def dct4_of_length(n, dtype):
     (lambda: tvkgen.irfft_packed(np.zeros(7), 6), ValueError, "a length-6 spectrum has 8 cells in ccs, not 7"),
     (lambda: tvkgen.rfft_packed(np.zeros(8), layout="packed"), ValueError, "rfft_packed: layout is one of"),
     (lambda: tvkgen.irfft_packed(np.zeros(8), layout=None), ValueError, "irfft_packed: layout is one of"),
+    (lambda: tvkgen._export("tvkgDFTFwd_CToC_65_32fc"), LookupError, "_65_32fc is not on tvkgen's list of exports"),
+    (lambda: tvkgen._run(tvkgen._rows_call("tvkgHartley_64f", 8, 3, 8), np.zeros((2, 8)), np.zeros((2, 8)), (8, 8),
+                         8, 1), tvkgen.TvkgenError, r"Hartley_64f returned -16 \(scale flag error\)"),  # no flag 3
     # The library takes 2^k + 1 (no DCT-IV) and wraps the plan's size from 2^29 on.
     *[(dct4_of_length(n, dtype), ValueError, rf"dct4: .*powers of two.* not {n}$")
       for dtype, longest in ((np.float32, 1 << 26), (np.float64, 1 << 25))
@@ -326,9 +315,8 @@ def test_wrong_arguments_are_named(call, error, message):
         call()
 
 
-def test_statuses_become_tvkgen_errors():
-    call = tvkgen._rows_call("tvkgHartley_64f", 8, 3, 8)  # 3 is no scale flag
-    x = np.zeros((2, 8))
-    with pytest.raises(tvkgen.TvkgenError) as flag:
-        tvkgen._run(call, x, x.copy(), (8, 8), 8, 1)
-    assert flag.value.status == -16 and flag.value.function.endswith("Hartley_64f")
+def test_the_docstrings_examples():
+    runner = doctest.DocTestRunner()
+    for test in doctest.DocTestFinder().find(tvkgen, globs={"np": np, "tvkgen": tvkgen}):
+        runner.run(test)
+    assert runner.summarize(verbose=False) == (0, 15)
