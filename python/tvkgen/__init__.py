@@ -213,8 +213,7 @@ def _precision(x, what, complex_too=True):
                     f"not {x.dtype}")
 
 
-def _complex(real):
-    return np.dtype(np.complex64 if real == np.float32 else np.complex128)
+_COMPLEX_OF = {np.dtype(np.float32): np.dtype(np.complex64), np.dtype(np.float64): np.dtype(np.complex128)}
 
 
 def _axis(axis, ndim, what):
@@ -311,14 +310,17 @@ def _blocks(shape, strides):
     """The leading axes of arrays of one shape as blocks of evenly spaced rows:
     (byte offsets, row strides, count) per block, one per array in the lists."""
     axes = [i for i, k in enumerate(shape) if k != 1]
+    if not axes:  # one row
+        yield [0] * len(strides), [None] * len(strides), 1
+        return
     if any(shape[i] == 0 for i in axes):
         return
-    inner = len(axes) - 1 if axes else 0  # axes[inner:] merge into one run of rows in every array
+    inner = len(axes) - 1  # axes[inner:] merge into one run of rows in every array
     while inner > 0 and all(s[axes[inner - 1]] == s[axes[inner]] * shape[axes[inner]] for s in strides):
         inner -= 1
     run, outer = axes[inner:], axes[:inner]
     count = math.prod(shape[i] for i in run)
-    steps = [s[run[-1]] if run else None for s in strides]
+    steps = [s[run[-1]] for s in strides]
     for index in itertools.product(*(range(shape[i]) for i in outer)):
         yield [sum(k * s[i] for k, i in zip(index, outer)) for s in strides], steps, count
 
@@ -348,8 +350,10 @@ def _rows_call(name, length, flag, cell):
     buffer = (None,) if EXPORTS[name] == "WHT_DISPATCHER" else ()  # each call allocates its own
     batch = _batch_entry(name)
     if batch is not None:
+        batch_name = batch.__name__
+
         def call(src, src_dist, dst, dst_dist, count):
-            _check(batch(src, src_dist, dst, dst_dist, length, count, flag, *buffer), batch.__name__)
+            _check(batch(src, src_dist, dst, dst_dist, length, count, flag, *buffer), batch_name)
     else:
         single = _export(name)
 
@@ -393,7 +397,7 @@ def _apply(call, rows, dtypes, cells, cell, length, axis, out, workers, what):
 
 def _complex_dft(x, n, axis, norm, out, workers, what, direction):
     x = np.asarray(x)
-    kind = _complex(_precision(x, what))
+    kind = _COMPLEX_OF[_precision(x, what)]
     axis = _axis(axis, x.ndim, what)
     n = _length(x.shape[axis] if n is None else n, what)
     call = _rows_call(f"tvkgDFT{direction}_CToC_{_SUFFIX[kind]}", n, _DFT_FLAGS[_norm(norm, what)], kind.itemsize)
@@ -464,7 +468,7 @@ def rfft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     n = _length(x.shape[axis] if n is None else n, "rfft")
     call = _rows_call(f"tvkgDFTFwd_RToCCS_{_SUFFIX[real]}", n, _DFT_FLAGS[_norm(norm, "rfft")], real.itemsize)
     bins = n // 2 + 1
-    return _apply(call, _along(x, axis, n), (real, _complex(real)), (n, 2 * bins), real.itemsize, bins, axis, out,
+    return _apply(call, _along(x, axis, n), (real, _COMPLEX_OF[real]), (n, 2 * bins), real.itemsize, bins, axis, out,
                   workers, "rfft")
 
 
@@ -486,7 +490,7 @@ def irfft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     n = _length(2 * (x.shape[axis] - 1) if n is None else n, "irfft")
     call = _rows_call(f"tvkgDFTInv_CCSToR_{_SUFFIX[real]}", n, _DFT_FLAGS[_norm(norm, "irfft")], real.itemsize)
     bins = n // 2 + 1
-    return _apply(call, _along(x, axis, bins), (_complex(real), real), (2 * bins, n), real.itemsize, n, axis, out,
+    return _apply(call, _along(x, axis, bins), (_COMPLEX_OF[real], real), (2 * bins, n), real.itemsize, n, axis, out,
                   workers, "irfft")
 
 
