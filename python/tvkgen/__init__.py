@@ -204,12 +204,12 @@ _SUFFIX = {np.dtype(np.float32): "32f", np.dtype(np.float64): "64f",
 def _precision(x, what, complex_too=True):
     """The real type the library computes x in: float32 or float64."""
     if x.dtype.kind == "c" and not complex_too:
-        raise TypeError(f"{what} takes real numbers (floats, integers, bools), not {x.dtype}")
+        raise TypeError(f"{what}: x is real (floats, integers, bools), not {x.dtype}")
     if x.dtype in _SINGLE:
         return np.dtype(np.float32)
     if x.dtype in _DOUBLE or x.dtype.kind in "biu":
         return np.dtype(np.float64)
-    raise TypeError(f"{what} takes float16, float32, float64, complex64, complex128, integer or bool numbers, "
+    raise TypeError(f"{what}: x holds float16, float32, float64, complex64, complex128, integer or bool numbers, "
                     f"not {x.dtype}")
 
 
