@@ -332,7 +332,7 @@ def _run(call, src, dst, cells, cell, workers):
     for (src_at, dst_at), steps, count in _blocks(src.shape[:-1], [src.strides[:-1], dst.strides[:-1]]):
         src_dist, dst_dist = (cells[i] if steps[i] is None else steps[i] // cell for i in (0, 1))
         split = workers > 1 and count * (cells[0] + cells[1]) >= _SPLIT_CELLS
-        per = -(-count // workers) if split else count
+        per = min(-(-count // workers) if split else count, (1 << 31) - 1)  # the count is a 32-bit int
         for first in range(0, count, per):
             tasks.append((src.ctypes.data + src_at + first * src_dist * cell, src_dist,
                           dst.ctypes.data + dst_at + first * dst_dist * cell, dst_dist, min(per, count - first)))
