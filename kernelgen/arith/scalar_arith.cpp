@@ -89,9 +89,10 @@ Graph::Value ScalarArith::constant(Exact magnitude, const std::string& name)
 
 Graph::Value ScalarArith::partSum(Graph::Value a, bool negA, Graph::Value b, bool negB, bool& negOut)
 {
-    if (inStatement(a) || inStatement(b))
-        return signedSum(graph_, operand(a), negA, operand(b), negB, negOut);
-    return signedSum(graph_, variable(a), negA, variable(b), negB, negOut);
+    const bool wide = inStatement(a) || inStatement(b);
+    const Graph::Value y = wide ? operand(b) : variable(b);
+    const Graph::Value x = wide ? operand(a) : variable(a);
+    return signedSum(graph_, x, negA, y, negB, negOut);
 }
 
 // A product of v with a binary64 constant: inside an open statement, or as a
@@ -99,7 +100,8 @@ Graph::Value ScalarArith::partSum(Graph::Value a, bool negA, Graph::Value b, boo
 Graph::Value ScalarArith::partProduct(Graph::Value v, Exact magnitude, const std::string& name)
 {
     const bool alone = !inStatement(v);
-    const Graph::Value p = graph_.mul(operand(v), constant(magnitude, name));
+    const Graph::Value k = constant(magnitude, name);
+    const Graph::Value p = graph_.mul(operand(v), k);
     return alone ? finish(p) : p;
 }
 

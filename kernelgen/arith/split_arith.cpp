@@ -23,6 +23,16 @@ Cx SplitArith::materialize(Cx a)
     return Cx{part(a.re, a.negRe), part(a.im, a.negIm)};
 }
 
+Cx SplitArith::product(Cx a, Graph::Value c, Graph::Value s)
+{
+    const Graph::Value imS = graph_.mul(a.im, s);
+    const Graph::Value reC = graph_.mul(a.re, c);
+    const Graph::Value re = graph_.sub(reC, imS);
+    const Graph::Value imC = graph_.mul(a.im, c);
+    const Graph::Value reS = graph_.mul(a.re, s);
+    return Cx{re, graph_.add(reS, imC)};
+}
+
 Cx SplitArith::add(Cx a, Cx b)
 {
     if (isZero(a))
@@ -88,9 +98,7 @@ Cx SplitArith::mulLanes(Cx y, const std::array<Exact, 4>& cosLanes, const std::a
     const Graph::Value b = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
                                            {sinLanes.begin(), sinLanes.end()});
     y = materialize(y);
-    const Graph::Value re = graph_.sub(graph_.mul(y.re, a), graph_.mul(y.im, b));
-    const Graph::Value im = graph_.add(graph_.mul(y.re, b), graph_.mul(y.im, a));
-    return Cx{re, im};
+    return product(y, a, b);
 }
 
 Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
@@ -113,7 +121,7 @@ Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
     const Graph::Value s = graph_.constant(name + (direction_ == Direction::Forward ? "ImFwd" : "ImInv"), kind_,
                                            std::vector<Exact>(laneCount(kind_), im));
     a = materialize(a);
-    return Cx{graph_.sub(graph_.mul(a.re, c), graph_.mul(a.im, s)), graph_.add(graph_.mul(a.re, s), graph_.mul(a.im, c))};
+    return product(a, c, s);
 }
 
 Cx SplitArith::zero()

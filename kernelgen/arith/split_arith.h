@@ -41,6 +41,8 @@ public:
 
 private:
     Graph::Value part(Graph::Value v, bool negative);
+    // a (c + i s) for a materialized a and constants c, s: four products and two sums.
+    Cx product(Cx a, Graph::Value c, Graph::Value s);
     Kind kind_;
 };
 

@@ -58,7 +58,8 @@ private:
         case Op::Xor: {
             if (!isFactor(n.b))
                 throw std::logic_error("adjoint of a sign flip by a variable");
-            adjoint_[n.a].push_back({t_.bitXor(sum(v), copy(n.b)), false});
+            const Graph::Value mask = copy(n.b);
+            adjoint_[n.a].push_back({t_.bitXor(sum(v), mask), false});
             return;
         }
         case Op::Shuffle:

@@ -3,6 +3,11 @@
 // order in which a method builder created them. Each operation rounds once,
 // in its own type, from its operands alone, so any order that keeps operands
 // first gives the same bits: the scheduling pass chooses the printed one.
+// The printed text still follows the order of creation (the values' names,
+// the scheduler's ties), so a builder makes the operands of one call in
+// statements of their own: C++ leaves the order of a call's arguments open,
+// and compilers differ. Where two used to be made inside one call, the later
+// one comes first, as GCC made them, so the text stayed as it was.
 #pragma once
 
 #include <array>

@@ -24,8 +24,12 @@ Graph::Value inSingle(Graph& g, Graph::Value wide)
     const Node n = g.nodes()[wide];
     switch (n.op) {
     case Op::Widen: return n.a;
-    case Op::Add: return g.add(inSingle(g, n.a), inSingle(g, n.b));
-    case Op::Sub: return g.sub(inSingle(g, n.a), inSingle(g, n.b));
+    case Op::Add:
+    case Op::Sub: {
+        const Graph::Value b = inSingle(g, n.b);
+        const Graph::Value a = inSingle(g, n.a);
+        return n.op == Op::Add ? g.add(a, b) : g.sub(a, b);
+    }
     case Op::Neg: return g.neg(inSingle(g, n.a));
     default: throw std::logic_error("a binary64 value without a binary32 form");
     }

@@ -61,10 +61,12 @@ PairedOutput foldedOddPairs(ComplexArith& ar, const PairedInput& x, DcOrder dcOr
         for (int j = 2; j <= h; ++j)
             n = ar.add(n, ar.mulReal(sumB[j], Trig{true, j * k, p}));
         const Cx rotated = ar.timesW4(ar.leaveSum(n));
-        if (h == 1) // n = sin(2*pi/3) * b alone
-            X.setFactoredPair(k, ar.leaveSum(m), rotated, ar.timesW4(b[1]), Trig{true, k, p});
-        else
+        if (h == 1) { // n = sin(2*pi/3) * b alone
+            const Cx rotatedB = ar.timesW4(b[1]);
+            X.setFactoredPair(k, ar.leaveSum(m), rotated, rotatedB, Trig{true, k, p});
+        } else {
             X.setPair(k, ar.leaveSum(m), rotated);
+        }
     }
     return X;
 }

@@ -115,8 +115,10 @@ Graph direct2(Kind kind)
     const Graph::Value x0 = g.load(kind, 0), x1 = g.load(kind, 1);
     const Graph::Value c = g.constant("kCosPiOver8", kind, {cosTurn(1, 16)});
     const Graph::Value s = g.constant("kSinPiOver8", kind, {sinTurn(1, 16)});
-    g.store(g.add(g.mul(c, x0), g.mul(s, x1)), 0);
-    g.store(g.sub(g.mul(s, x0), g.mul(c, x1)), 1);
+    const Graph::Value sx1 = g.mul(s, x1);
+    g.store(g.add(g.mul(c, x0), sx1), 0);
+    const Graph::Value cx1 = g.mul(c, x1);
+    g.store(g.sub(g.mul(s, x0), cx1), 1);
     return g;
 }
 
@@ -249,8 +251,10 @@ Graph recombinePiece(Kind kind, int r)
     Graph g;
     LaneArith ar(g, kind);
     Signal w(r);
-    for (int c = 0; c < r; ++c)
-        w[c] = ar.product(loadComplex(g, kind, 2 * c), loadComplex(g, kind, 2 * r + 2 * c));
+    for (int c = 0; c < r; ++c) {
+        const Cx twiddle = loadComplex(g, kind, 2 * r + 2 * c);
+        w[c] = ar.product(loadComplex(g, kind, 2 * c), twiddle);
+    }
     const std::vector<Graph::Value> y = recombine(ar, w);
     for (int q = 0; q < 2 * r; ++q)
         g.store(y[q], q);

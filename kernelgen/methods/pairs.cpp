@@ -56,7 +56,8 @@ std::pair<Cx, Cx> rotatePair(DftArith& ar, Cx a, const Diff& b, int den, int e)
     const bool folded = b.factor.den != 0;
     const Cx sb = folded ? mulFolded(ar, b.base, s, b.factor) : ar.mulReal(b.value, s);
     const Cx cb = folded ? mulFolded(ar, b.base, c, b.factor) : ar.mulReal(b.value, c);
-    return {ar.add(ar.mulReal(a, c), ar.timesW4(sb)), ar.add(cb, ar.timesW4(ar.mulReal(a, s)))};
+    const Cx rotatedSb = ar.timesW4(sb);
+    return {ar.add(ar.mulReal(a, c), rotatedSb), ar.add(cb, ar.timesW4(ar.mulReal(a, s)))};
 }
 
 std::pair<Cx, Cx> rotatePair(DftArith& ar, Cx a, Cx b, int den, int e)
@@ -188,12 +189,13 @@ void pairedRows(DftArith& ar, PairedOutput& X, const JoinMap& map, int k1, int s
             if (!(self ? (!selfN || k2 < k2n) : (!selfN && k2 < k2n)))
                 continue;
         }
-        if (selfPartner(k2, n2))
+        if (selfPartner(k2, n2)) {
             setPair(X, o, FA.bin[k2],
                     factored ? Diff{FB.bin[k2], FBase.bin[k2], B[0].factor} : Diff{FB.bin[k2], FB.bin[k2]});
-        else if (FA.isOpen(k2) && FB.isOpen(k2))
-            X.setPair(o, ar.add(FA.halfAt(k2), FB.diffAt(k2)), ar.add(FA.diffAt(k2), FB.halfAt(k2)));
-        else {
+        } else if (FA.isOpen(k2) && FB.isOpen(k2)) {
+            const Cx diff = ar.add(FA.diffAt(k2), FB.halfAt(k2));
+            X.setPair(o, ar.add(FA.halfAt(k2), FB.diffAt(k2)), diff);
+        } else {
             X.bin[o] = ar.add(cA[k2], cB[k2]);
             X.bin[on] = ar.sub(cA[mod(-k2, n2)], cB[mod(-k2, n2)]);
         }

@@ -302,12 +302,14 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
             im = -r;
             name += "TimesMinusI";
         }
-        if (k == 0) // T = x[0] + D[0] U[0], one statement
-            even[0] = ar.leaveSum(ar.add(ar.enterSum(x[0]), ar.mulComplex(ar.enterSum(U[0]), re, im, name)));
-        else if (k % 2 == 0)
+        if (k == 0) { // T = x[0] + D[0] U[0], one statement
+            const Cx product = ar.mulComplex(ar.enterSum(U[0]), re, im, name);
+            even[0] = ar.leaveSum(ar.add(ar.enterSum(x[0]), product));
+        } else if (k % 2 == 0) {
             even[k / 2] = ar.mulComplex(U[k], re, im, name);
-        else
+        } else {
             odd[(k - 1) / 2] = ar.mulComplex(U[k], re, im, name);
+        }
     }
     // Bin m/2 of the products is real (D[m/2] real, m/2 even) or, times -i,
     // real again (D[m/2] imaginary, m/2 odd): one cell of one block.

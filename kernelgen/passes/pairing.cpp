@@ -205,6 +205,8 @@ private:
         if (role_[v].id >= 0)
             return single_[v] = out_.half(pair(role_[v].id), role_[v].high);
         return single_[v] = place(v, [&] {
+                   const int b = n.b >= 0 ? single(n.b) : -1;
+                   const int a = n.a >= 0 ? single(n.a) : -1;
                    switch (n.op) {
                    case Op::Load: return out_.load(n.kind, n.offset);
                    case Op::LoadElement: return out_.loadElement(n.offset);
@@ -213,12 +215,12 @@ private:
                        return constantOf(c, c.name, c.kind, c.lanes);
                    }
                    case Op::ScaleArg: return out_.scaleArg(n.kind);
-                   case Op::Add: return out_.add(single(n.a), single(n.b));
-                   case Op::Sub: return out_.sub(single(n.a), single(n.b));
-                   case Op::Mul: return out_.mul(single(n.a), single(n.b));
-                   case Op::Xor: return out_.bitXor(single(n.a), single(n.b));
-                   case Op::Neg: return out_.neg(single(n.a));
-                   case Op::Shuffle: return out_.shuffle(n.pattern, single(n.a), n.b >= 0 ? single(n.b) : -1);
+                   case Op::Add: return out_.add(a, b);
+                   case Op::Sub: return out_.sub(a, b);
+                   case Op::Mul: return out_.mul(a, b);
+                   case Op::Xor: return out_.bitXor(a, b);
+                   case Op::Neg: return out_.neg(a);
+                   case Op::Shuffle: return out_.shuffle(n.pattern, a, b);
                    default: throw std::logic_error("no copy of this operation in the pairing pass");
                    }
                });
@@ -244,7 +246,8 @@ private:
                 return combined_[{x, y}] = constantOf(cx, name, wideKind(cx.kind), lanes);
             }
         }
-        return combined_[{x, y}] = out_.combine(single(x), single(y));
+        const int high = single(y);
+        return combined_[{x, y}] = out_.combine(single(x), high);
     }
 
     int pair(int id)
@@ -257,15 +260,17 @@ private:
         const Node& n = g_.nodes()[members_[id][0]];
         const Node& m = g_.nodes()[members_[id][1]];
         const size_t before = out_.nodes().size();
+        const int b = n.b >= 0 ? both(n.b, m.b) : -1;
+        const int a = n.a >= 0 ? both(n.a, m.a) : -1;
         int v = -1;
         switch (n.op) {
         case Op::Load: v = out_.loadHalves(n.kind, n.offset, m.offset); break;
-        case Op::Store: out_.storeHalves(both(n.a, m.a), n.offset, m.offset); v = 0; break;
-        case Op::Add: v = out_.add(both(n.a, m.a), both(n.b, m.b)); break;
-        case Op::Sub: v = out_.sub(both(n.a, m.a), both(n.b, m.b)); break;
-        case Op::Mul: v = out_.mul(both(n.a, m.a), both(n.b, m.b)); break;
-        case Op::Xor: v = out_.bitXor(both(n.a, m.a), both(n.b, m.b)); break;
-        case Op::Shuffle: v = out_.shuffle(n.pattern, both(n.a, m.a), n.b >= 0 ? both(n.b, m.b) : -1); break;
+        case Op::Store: out_.storeHalves(a, n.offset, m.offset); v = 0; break;
+        case Op::Add: v = out_.add(a, b); break;
+        case Op::Sub: v = out_.sub(a, b); break;
+        case Op::Mul: v = out_.mul(a, b); break;
+        case Op::Xor: v = out_.bitXor(a, b); break;
+        case Op::Shuffle: v = out_.shuffle(n.pattern, a, b); break;
         default: throw std::logic_error("no pair of this operation");
         }
         for (size_t i = before; i < out_.nodes().size(); ++i)
