@@ -26,7 +26,7 @@ namespace {
 // The last order whose blocks beat the single kernel (bench_batch's wht
 // rows): its 128-bit vectors lose to eight or four lanes through order 7,
 // to lanes of their own width only while a transform fills few registers.
-constexpr int kLastLaneOrder = TVKGEN_BATCH_WIDE ? 7 : 4;
+constexpr int kLastLaneOrder = TVKGEN_BATCH_BITS > 128 ? 7 : 4;
 
 // The butterfly's operations on a block's vectors.
 template <class RealType>

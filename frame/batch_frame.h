@@ -10,6 +10,10 @@
 #include <cstring>
 
 #include "scale.h"
+// Before the lane toolkit, whose shuffles it overloads.
+#if defined(__AVX512F__)
+#include "simd/vec_avx512.h"
+#endif
 #include "simd/convert.h"
 #include "simd/lanes.h"
 #include "tvkgen.h"
@@ -31,15 +35,21 @@ using std::ptrdiff_t;
 
 // A block's vectors: binary32 numbers in Vs, binary64 numbers in Vd. A
 // binary32 kernel holds each of its binary64 statements in two Vd, the low
-// lanes first.
-#if defined(__AVX__) && !defined(TVKGEN_PORTABLE)
-#define TVKGEN_BATCH_WIDE 1
+// lanes first. TVKGEN_BATCH_BITS is their width.
+#if defined(__AVX512F__)
+#define TVKGEN_BATCH_BITS 512
+using Vs = V16f;
+using Vd = V8d;
+TVKG_INLINE Vs splat(float x) { return broadcast16(x); }
+TVKG_INLINE Vd splat(double x) { return broadcast8(x); }
+#elif defined(__AVX__) && !defined(TVKGEN_PORTABLE)
+#define TVKGEN_BATCH_BITS 256
 using Vs = V8f;
 using Vd = V4d;
 TVKG_INLINE Vs splat(float x) { return broadcast8(x); }
 TVKG_INLINE Vd splat(double x) { return broadcast4(x); }
 #else
-#define TVKGEN_BATCH_WIDE 0
+#define TVKGEN_BATCH_BITS 128
 using Vs = V4f;
 using Vd = V2d;
 TVKG_INLINE Vs splat(float x) { return broadcast(x); }
@@ -69,10 +79,17 @@ TVKG_INLINE Vd neg(Vd a) { return bitXor(a, splat(-0.0)); }
 
 // Numbers p[0..3] of the block's transforms, `dist` numbers apart, into
 // columns: c[j] holds number j, lane t from transform t. At the avx2 level
-// transforms t and t + 4 share a row, one in each 128-bit half.
+// transforms t and t + 4 share a row, one in each 128-bit half; at avx512
+// transforms t, t + 4, t + 8 and t + 12, one in each quarter.
 TVKG_INLINE void loadColumns(const float* p, ptrdiff_t dist, Vs (&c)[4])
 {
-#if TVKGEN_BATCH_WIDE
+#if TVKGEN_BATCH_BITS == 512
+    Vs r[4];
+    for (int t = 0; t < 4; ++t)
+        r[t] = combine(loadu(p + t * dist), loadu(p + (t + 4) * dist), loadu(p + (t + 8) * dist),
+                       loadu(p + (t + 12) * dist));
+    transpose4(r[0], r[1], r[2], r[3], c[0], c[1], c[2], c[3]);
+#elif TVKGEN_BATCH_BITS == 256
     Vs r[4];
     for (int t = 0; t < 4; ++t)
         r[t] = combine(loadu(p + t * dist), loadu(p + (t + 4) * dist));
@@ -87,7 +104,12 @@ TVKG_INLINE void storeColumns(float* p, ptrdiff_t dist, Vs c0, Vs c1, Vs c2, Vs 
     Vs r[4];
     transpose4(c0, c1, c2, c3, r[0], r[1], r[2], r[3]);
     for (int t = 0; t < 4; ++t) {
-#if TVKGEN_BATCH_WIDE
+#if TVKGEN_BATCH_BITS == 512
+        storeu(p + t * dist, quarter<0>(r[t]));
+        storeu(p + (t + 4) * dist, quarter<1>(r[t]));
+        storeu(p + (t + 8) * dist, quarter<2>(r[t]));
+        storeu(p + (t + 12) * dist, quarter<3>(r[t]));
+#elif TVKGEN_BATCH_BITS == 256
         storeu(p + t * dist, lowHalf(r[t]));
         storeu(p + (t + 4) * dist, highHalf(r[t]));
 #else
@@ -97,10 +119,13 @@ TVKG_INLINE void storeColumns(float* p, ptrdiff_t dist, Vs c0, Vs c1, Vs c2, Vs 
 }
 
 // Numbers p[0..1] of binary64 transforms; at the avx2 level transforms t
-// and t + 2 share a row.
+// and t + 2 share a row, at avx512 t, t + 2, t + 4 and t + 6.
 TVKG_INLINE void loadColumns(const double* p, ptrdiff_t dist, Vd (&c)[2])
 {
-#if TVKGEN_BATCH_WIDE
+#if TVKGEN_BATCH_BITS == 512
+    transpose2(combine(loadu(p), loadu(p + 2 * dist), loadu(p + 4 * dist), loadu(p + 6 * dist)),
+               combine(loadu(p + dist), loadu(p + 3 * dist), loadu(p + 5 * dist), loadu(p + 7 * dist)), c[0], c[1]);
+#elif TVKGEN_BATCH_BITS == 256
     transpose2(combine(loadu(p), loadu(p + 2 * dist)), combine(loadu(p + dist), loadu(p + 3 * dist)), c[0], c[1]);
 #else
     transpose2(loadu(p), loadu(p + dist), c[0], c[1]);
@@ -112,7 +137,12 @@ TVKG_INLINE void storeColumns(double* p, ptrdiff_t dist, Vd c0, Vd c1)
     Vd r[2];
     transpose2(c0, c1, r[0], r[1]);
     for (int t = 0; t < 2; ++t) {
-#if TVKGEN_BATCH_WIDE
+#if TVKGEN_BATCH_BITS == 512
+        storeu(p + t * dist, quarter<0>(r[t]));
+        storeu(p + (t + 2) * dist, quarter<1>(r[t]));
+        storeu(p + (t + 4) * dist, quarter<2>(r[t]));
+        storeu(p + (t + 6) * dist, quarter<3>(r[t]));
+#elif TVKGEN_BATCH_BITS == 256
         storeu(p + t * dist, lowHalf(r[t]));
         storeu(p + (t + 2) * dist, highHalf(r[t]));
 #else

@@ -1,7 +1,7 @@
 // kernelgen: prints the straight-line kernels of the library.
 //
 //   kernelgen --roads
-//   kernelgen [--target=<sse2|avx2|portable>] <command> <arguments> <out>
+//   kernelgen [--target=<sse2|avx2|avx512|portable>] <command> <arguments> <out>
 //     dft-complex <32fc|64fc> <size>
 //     <dft-real-forward|dft-real-inverse|hartley> <32f|64f> <size>
 //     <family>-dispatch, <family>-counts

@@ -101,7 +101,7 @@ TEST_P(Batch, EveryMemberGivesTheSingleCallsBytes)
     ASSERT_NE(single, nullptr);
     for (int len = 2; len <= 64; ++len)
         for (int flag : kGoodFlags)
-            for (int count : {0, 1, 2, 3, 5, 8, 9, 17, 19})
+            for (int count : {0, 1, 2, 3, 5, 8, 9, 17, 35})
                 for (int gap : {0, 3})
                     for (int offset : {0, 4, 1})
                         for (bool inPlace : {false, true}) {
@@ -314,7 +314,7 @@ TYPED_TEST(BatchWht, EveryMemberGivesTheSingleCallsBytes)
         ASSERT_EQ(Wht<Real>::bufferSize(order, &bufferBytes), StatusOk);
         OffsetArray<unsigned char> buffer(bufferBytes, 0);
         for (int flag : kGoodFlags)
-            for (int count : {0, 1, 2, 3, 5, 9, 17})
+            for (int count : {0, 1, 2, 3, 5, 9, 35})
                 for (int gap : {0, 3})
                     for (int offset : {0, 4, 1})
                         for (bool inPlace : {false, true})

@@ -8,12 +8,14 @@ namespace kernelgen {
 namespace {
 
 // The portable layer emulates the 128-bit vectors of the sse2 level with
-// the same operations, so it runs the same graphs.
+// the same operations, so it runs the same graphs. The avx512 level runs
+// the avx2 level's vectors with twice the registers.
 const std::vector<Target>& targets()
 {
     static const std::vector<Target> all = {
         {"sse2", {Kind::V4F32, Kind::V2F64}, 16},
         {"avx2", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 16},
+        {"avx512", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 32},
         {"portable", {Kind::V4F32, Kind::V2F64}, 16},
     };
     return all;

@@ -22,7 +22,7 @@ struct Target {
     bool pairsSections() const { return has(Kind::V4F64) && has(Kind::V8F32); }
 };
 
-// sse2 (the default), avx2 and portable; any other name is an error.
+// sse2 (the default), avx2, avx512 and portable; any other name is an error.
 Target targetNamed(const std::string& name);
 // Every name targetNamed knows.
 std::vector<std::string> targetNames();

@@ -78,7 +78,7 @@ def _candidates():
         pass
     yield from sorted(glob.glob(os.path.join(here, "libtvkgen.so*")))
     checkout = os.path.dirname(os.path.dirname(here))
-    for preset in ("release", "test", "release-avx2", "test-avx2"):
+    for preset in ("release", "test", "release-avx2", "test-avx2", "release-avx512", "test-avx512"):
         yield os.path.join(checkout, "build", preset, "libtvkgen.so")
     yield from sorted(glob.glob(os.path.join(checkout, "build", "*", "libtvkgen.so")))
     found = ctypes.util.find_library("tvkgen")
