@@ -337,11 +337,30 @@ def _run(call, src, dst, cells, cell, workers):
             tasks.append((src.ctypes.data + src_at + first * src_dist * cell, src_dist,
                           dst.ctypes.data + dst_at + first * dst_dist * cell, dst_dist, min(per, count - first)))
     if workers > 1 and len(tasks) > 1:
-        with concurrent.futures.ThreadPoolExecutor(workers) as pool:
-            list(pool.map(lambda task: call(*task), tasks))
+        # The caller's thread takes the first part; waiting on the others
+        # raises the first error any of them met.
+        pool = _pool(workers - 1)
+        parts = [pool.submit(call, *task) for task in tasks[1:]]
+        call(*tasks[0])
+        for part in parts:
+            part.result()
     else:
         for task in tasks:
             call(*task)
+
+
+_helpers = {"pool": None, "size": 0}
+_helpers_lock = threading.Lock()
+
+
+def _pool(size):
+    """The module's threads, at least `size` of them: started once and kept, as
+    starting threads for each call costs more than a batch of short rows."""
+    with _helpers_lock:
+        if _helpers["size"] < size:
+            _helpers["pool"] = concurrent.futures.ThreadPoolExecutor(size, thread_name_prefix="tvkgen")
+            _helpers["size"] = size
+        return _helpers["pool"]
 
 
 def _rows_call(name, length, flag, cell):
