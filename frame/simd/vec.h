@@ -17,7 +17,8 @@
 //   moveHighHalves          (a2, a3, b2, b3)
 //   broadcast (V4f or V2d by argument type)
 //   load8 / load4           aligned 256-bit loads (V8f / V4d)
-//   lowHalf / highHalf / combine  a 256-bit vector's halves, and back
+//   lowHalf / highHalf / combine  a vector's halves, and back: a 256-bit
+//                           vector's two 128-bit ones, a V2d's two numbers
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
 // element type with round-to-nearest, and no operation is fused.

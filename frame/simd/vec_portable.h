@@ -90,6 +90,9 @@ TVKG_INLINE V2d bitXor(V2d a, V2d b) { return V2d{{xorBits(a.lane[0], b.lane[0])
 TVKG_INLINE V2d swapLanes(V2d a) { return V2d{{a.lane[1], a.lane[0]}}; }
 TVKG_INLINE V2d unpackLo(V2d a, V2d b) { return V2d{{a.lane[0], b.lane[0]}}; }
 TVKG_INLINE V2d unpackHi(V2d a, V2d b) { return V2d{{a.lane[1], b.lane[1]}}; }
+TVKG_INLINE double lowHalf(V2d a) { return a.lane[0]; }
+TVKG_INLINE double highHalf(V2d a) { return a.lane[1]; }
+TVKG_INLINE V2d combine(double low, double high) { return V2d{{low, high}}; }
 
 template <int i0, int i1, int i2, int i3>
 TVKG_INLINE V4f shuffle(V4f a, V4f b)

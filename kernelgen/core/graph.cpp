@@ -24,18 +24,20 @@ bool isWide(Kind kind) { return kind == Kind::V4F64 || kind == Kind::V8F32; }
 Kind wideKind(Kind half)
 {
     switch (half) {
+    case Kind::F64: return Kind::V2F64;
     case Kind::V2F64: return Kind::V4F64;
     case Kind::V4F32: return Kind::V8F32;
-    default: throw std::logic_error("no 256-bit vector of this kind");
+    default: throw std::logic_error("no vector of two of this kind");
     }
 }
 
 Kind halfKind(Kind wide)
 {
     switch (wide) {
+    case Kind::V2F64: return Kind::F64;
     case Kind::V4F64: return Kind::V2F64;
     case Kind::V8F32: return Kind::V4F32;
-    default: throw std::logic_error("not a 256-bit vector");
+    default: throw std::logic_error("not a vector of two halves");
     }
 }
 
@@ -116,6 +118,12 @@ void Graph::openSection(Section what)
 }
 
 void Graph::closeSection() { openSections_.pop_back(); }
+
+int Graph::sectionsHeld(int section) const
+{
+    const SectionNode& s = sections_[section];
+    return s.pair[0] < 0 ? 1 : sectionsHeld(s.pair[0]) + sectionsHeld(s.pair[1]);
+}
 
 int Graph::pairSections(int a, int b)
 {
@@ -210,24 +218,19 @@ Graph::Value Graph::scaleArg(Kind kind) { return push(Node{Op::ScaleArg, kind});
 
 Graph::Value Graph::shuffle(Shuffle pattern, Value a, Value b)
 {
-    Node node{Op::Shuffle, nodes_[a].kind, a, b};
+    const Kind kind = nodes_[a].kind;
+    Node node{Op::Shuffle,
+              pattern == Shuffle::Combine                                   ? wideKind(kind)
+              : pattern == Shuffle::LowHalf || pattern == Shuffle::HighHalf ? halfKind(kind)
+                                                                            : kind,
+              a, b};
     node.pattern = pattern;
     return push(node);
 }
 
-Graph::Value Graph::combine(Value low, Value high)
-{
-    Node node{Op::Shuffle, wideKind(nodes_[low].kind), low, high};
-    node.pattern = Shuffle::Combine;
-    return push(node);
-}
+Graph::Value Graph::combine(Value low, Value high) { return shuffle(Shuffle::Combine, low, high); }
 
-Graph::Value Graph::half(Value v, bool high)
-{
-    Node node{Op::Shuffle, halfKind(nodes_[v].kind), v};
-    node.pattern = high ? Shuffle::HighHalf : Shuffle::LowHalf;
-    return push(node);
-}
+Graph::Value Graph::half(Value v, bool high) { return shuffle(high ? Shuffle::HighHalf : Shuffle::LowHalf, v); }
 
 Graph::Value Graph::loadHalves(Kind half, int lowOffset, int highOffset)
 {
@@ -327,8 +330,11 @@ OpCounts Graph::countOps() const
             continue;
         const Node& node = nodes_[i];
         counts.wide += node.kind == Kind::F64 && node.op != Op::Constant && hasSingle;
-        // A paired operation does the work of two.
-        const int work = isWide(node.kind) ? 2 : 1;
+        // A paired operation does the work of every section it holds; a
+        // 256-bit operation built as such, of two 128-bit ones.
+        const int work = node.section >= 0 && sections_[node.section].pair[0] >= 0 ? sectionsHeld(node.section)
+                         : isWide(node.kind)                                     ? 2
+                                                                                 : 1;
         switch (node.op) {
         case Op::Add:
         case Op::Sub: counts.addSub += work; break;

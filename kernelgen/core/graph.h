@@ -26,8 +26,10 @@ enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32 };
 int laneCount(Kind kind);
 bool isVector(Kind kind);
 bool isSingle(Kind kind); // binary32 lanes
-// 256-bit vectors (the avx2 level) and the 128-bit vectors of their halves.
+// 256-bit vectors (the avx2 level).
 bool isWide(Kind kind);
+// A vector of two halves and its half: two binary64 numbers in 128 bits,
+// two 128-bit vectors in 256.
 Kind wideKind(Kind half);
 Kind halfKind(Kind wide);
 
@@ -66,11 +68,11 @@ enum class Shuffle {
     OddLanes,       // (a1, a3, b1, b3): imaginary parts
     EvenLanesLow,   // (a0, a2, b0, b0): real parts of one pair, the rest from b
     OddLanesLow,    // (a1, a3, b0, b0)
-    // Between a 256-bit vector and its two 128-bit halves (the paired
-    // operations of the avx2 level):
-    LowHalf,        // V4F64 -> V2F64, V8F32 -> V4F32: the low half
+    // Between a vector and its two halves (the paired operations of the
+    // pairing pass):
+    LowHalf,        // V4F64 -> V2F64, V8F32 -> V4F32, V2F64 -> F64: the low half
     HighHalf,       // the high half
-    Combine,        // two halves -> one 256-bit vector, a below b
+    Combine,        // two halves -> one vector, a below b
 };
 
 // Where lane `lane` of a shuffle's result of `kind` comes from: lane `lane`
@@ -89,7 +91,7 @@ struct Node {
     int a;
     int b;
     int offset = 0;       // Load / Store
-    int offset2 = -1;     // Load / Store of a 256-bit vector from two places: its high half
+    int offset2 = -1;     // Load / Store of a vector of two halves from two places: its high half
     int constant = -1;    // Constant
     Shuffle pattern = Shuffle::None;
     int section = -1;     // index into Graph::sections(), -1 outside any
@@ -165,7 +167,7 @@ public:
     Value bitXor(Value a, Value b) { return binary(Op::Xor, a, b); }
     Value neg(Value a);
     Value shuffle(Shuffle pattern, Value a, Value b = -1);
-    // A 256-bit vector from two 128-bit halves, and back.
+    // A vector from two halves, and back.
     Value combine(Value low, Value high);
     Value half(Value v, bool high);
     Value loadHalves(Kind half, int lowOffset, int highOffset);
@@ -185,6 +187,8 @@ public:
     // side.
     void copySectionsOf(const Graph& from) { sections_ = from.sections_; }
     int pairSections(int a, int b);
+    // How many of the method's sections run side by side in `section`.
+    int sectionsHeld(int section) const;
     void placeInSection(Value v, int section) { nodes_[v].section = section; }
     const std::vector<SectionNode>& sections() const { return sections_; }
 

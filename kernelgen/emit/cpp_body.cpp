@@ -1,6 +1,7 @@
 #include "emit/cpp_body.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -152,9 +153,9 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
         std::string expr;
         switch (n.op) {
         case Op::Load:
-            if (n.offset2 >= 0) { // a 256-bit vector from two places
-                expr = "combine(Access::load(" + at(arrays.in, n.offset) + "), Access::load(" +
-                       at(arrays.in, n.offset2) + "))";
+            if (n.offset2 >= 0) { // a vector of two halves from two places
+                const std::string half = isVector(halfKind(n.kind)) ? "Access::load(" : "loadScalar(";
+                expr = "combine(" + half + at(arrays.in, n.offset) + "), " + half + at(arrays.in, n.offset2) + "))";
                 break;
             }
             expr = viaAccess  ? "Access::load(" + at(arrays.in, n.offset) + ")"
@@ -170,9 +171,11 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
             continue;
         case Op::Store:
             stored = true;
-            if (n.offset2 >= 0)
-                out << indent << "Access::store(" << at(arrays.out, n.offset) << ", lowHalf(" << a << "));\n"
-                    << indent << "Access::store(" << at(arrays.out, n.offset2) << ", highHalf(" << a << "));\n";
+            if (n.offset2 >= 0) {
+                const char* half = isVector(halfKind(n.kind)) ? "Access::store(" : "storeScalar(";
+                out << indent << half << at(arrays.out, n.offset) << ", lowHalf(" << a << "));\n"
+                    << indent << half << at(arrays.out, n.offset2) << ", highHalf(" << a << "));\n";
+            }
             else if (viaAccess)
                 out << indent << "Access::store(" << at(arrays.out, n.offset) << ", " << a << ");\n";
             else if (inArray)
@@ -231,17 +234,38 @@ std::string printConstants(const std::vector<const Graph*>& graphs, bool local, 
 std::string countsComment(const Graph& g)
 {
     const OpCounts c = g.countOps();
+    // A vector kernel stores vectors; a scalar one whose sections run in
+    // lanes stores its numbers in pairs.
     bool vector = false;
     for (const Node& n : g.nodes())
-        vector = vector || (isStore(n.op) && isVector(n.kind));
+        vector = vector || (isStore(n.op) && isVector(n.kind) && (n.offset2 < 0 || isVector(halfKind(n.kind))));
     const std::string kind = vector ? "vector " : "scalar ";
     const auto count = [](int n, const std::string& what) {
         return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
     };
-    return count(c.addSub, kind + "addition") + ", " + count(c.mul, kind + "multiplication") + ", " +
-           count(c.scaleMul, "product") + " by the scale, " + count(c.shuffles, "shuffle") + ", " +
-           count(c.signFlips, "sign flip") + ", " + count(c.loads, "load") + ", " + count(c.stores, "store") + ", " +
-           count(c.constants, "constant");
+    std::string text = count(c.addSub, kind + "addition") + ", " + count(c.mul, kind + "multiplication") + ", " +
+                       count(c.scaleMul, "product") + " by the scale, " + count(c.shuffles, "shuffle") + ", " +
+                       count(c.signFlips, "sign flip") + ", " + count(c.loads, "load") + ", " +
+                       count(c.stores, "store") + ", " + count(c.constants, "constant");
+    // The sections that the pairing pass put side by side, by how many
+    // share each vector.
+    std::set<int> outer, held;
+    for (const SectionNode& s : g.sections())
+        for (int member : s.pair)
+            if (member >= 0)
+                held.insert(member);
+    const std::vector<bool> live = g.liveNodes();
+    for (size_t i = 0; i < g.nodes().size(); ++i) {
+        const int section = g.nodes()[i].section;
+        if (live[i] && section >= 0 && g.sections()[section].pair[0] >= 0 && !held.count(section))
+            outer.insert(section);
+    }
+    std::map<int, int> byWidth;
+    for (int section : outer)
+        ++byWidth[g.sectionsHeld(section)];
+    for (const auto& [width, runs] : byWidth)
+        text += "; " + std::to_string(width * runs) + " sections " + std::to_string(width) + " side by side in lanes";
+    return text;
 }
 
 } // namespace kernelgen

@@ -8,7 +8,9 @@ namespace kernelgen {
 
 Graph lower(const Graph& g, const Target& target)
 {
-    Graph out = target.pairsSections() ? pairSections(g) : g;
+    Graph out = pairSections(g, {Kind::F64});
+    if (target.pairsSections())
+        out = pairSections(out, {Kind::V2F64, Kind::V4F32});
     out.setPrintOrder(emissionOrder(out, target.registers));
     return out;
 }

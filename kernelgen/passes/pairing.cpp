@@ -1,5 +1,6 @@
 #include "passes/pairing.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -12,19 +13,20 @@ namespace {
 
 bool isLeaf(const Node& n) { return n.op == Op::Constant || n.op == Op::ScaleArg; }
 
-// Operations that act on each 128-bit half of a 256-bit vector as on a
-// 128-bit vector.
-bool pairable(const Node& n)
+// Operations that act on each half of a vector of two as on one value of
+// the half's kind.
+bool pairable(const Node& n, const std::vector<Kind>& halves)
 {
-    if (n.kind != Kind::V2F64 && n.kind != Kind::V4F32)
+    if (std::find(halves.begin(), halves.end(), n.kind) == halves.end())
         return false;
     switch (n.op) {
     case Op::Load:
-    case Op::Store:
+    case Op::Store: return n.offset2 < 0; // not already two halves
     case Op::Add:
     case Op::Sub:
-    case Op::Mul:
-    case Op::Xor: return true;
+    case Op::Mul: return true;
+    case Op::Xor: return isVector(n.kind);
+    case Op::Neg: return !isVector(n.kind);
     case Op::Shuffle:
         switch (n.pattern) {
         case Shuffle::SwapLanes:
@@ -48,7 +50,7 @@ struct Sections {
     std::vector<std::vector<bool>> dependsOn; // [b][a]: b uses a value of a
 };
 
-Sections sectionsOf(const Graph& g)
+Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
 {
     const std::vector<bool> live = g.liveNodes();
     const size_t count = g.sections().size();
@@ -70,7 +72,7 @@ Sections sectionsOf(const Graph& g)
             if (other != n.section)
                 s.dependsOn[n.section][other] = true;
         reaches[i].insert(n.section);
-        usable[n.section] = usable[n.section] && pairable(n);
+        usable[n.section] = usable[n.section] && pairable(n, halves);
         local[i] = static_cast<int>(s.nodes[n.section].size());
         s.nodes[n.section].push_back(static_cast<int>(i));
         std::string& shape = s.shape[n.section];
@@ -173,7 +175,8 @@ private:
         bool high;
     };
 
-    // A copied node keeps its section.
+    // A copied node keeps its section; the paired operations made for its
+    // operands keep theirs.
     template <class Make>
     int place(size_t original, Make make)
     {
@@ -182,7 +185,8 @@ private:
         const int section = g_.nodes()[original].section;
         if (section >= 0)
             for (size_t i = before; i < out_.nodes().size(); ++i)
-                out_.placeInSection(static_cast<int>(i), section);
+                if (out_.nodes()[i].section < 0)
+                    out_.placeInSection(static_cast<int>(i), section);
         return v;
     }
 
@@ -270,12 +274,17 @@ private:
         case Op::Sub: v = out_.sub(a, b); break;
         case Op::Mul: v = out_.mul(a, b); break;
         case Op::Xor: v = out_.bitXor(a, b); break;
+        case Op::Neg: v = out_.bitXor(a, out_.signMask("kNegateBoth", wideKind(n.kind), {true, true})); break;
         case Op::Shuffle: v = out_.shuffle(n.pattern, a, b); break;
         default: throw std::logic_error("no pair of this operation");
         }
-        for (size_t i = before; i < out_.nodes().size(); ++i)
-            if (isWide(out_.nodes()[i].kind) && out_.nodes()[i].section < 0)
+        // The operation joins the paired section; the halves it gathers
+        // from outside stay outside, so that paired sections can pair again.
+        for (size_t i = before; i < out_.nodes().size(); ++i) {
+            const Node& made = out_.nodes()[i];
+            if (made.kind == wideKind(n.kind) && made.section < 0 && made.pattern != Shuffle::Combine)
                 out_.placeInSection(static_cast<int>(i), pairedSection_[id]);
+        }
         building_[id] = false;
         return value_[id] = v;
     }
@@ -292,38 +301,53 @@ private:
     std::map<std::pair<int, int>, int> combined_;
 };
 
+bool arithmetic(const Node& n)
+{
+    switch (n.op) {
+    case Op::Add:
+    case Op::Sub:
+    case Op::Mul:
+    case Op::Xor:
+    case Op::Neg: return true;
+    case Op::Shuffle: return n.pattern != Shuffle::Combine && n.pattern != Shuffle::LowHalf && n.pattern != Shuffle::HighHalf;
+    default: return false;
+    }
+}
+
+// The live operations of g that compute.
+int arithmeticCount(const Graph& g)
+{
+    const std::vector<bool> live = g.liveNodes();
+    int count = 0;
+    for (size_t i = 0; i < g.nodes().size(); ++i)
+        count += live[i] && arithmetic(g.nodes()[i]);
+    return count;
+}
+
 // Operations the pairing saves against the moves between halves it adds:
 // a half moved from or to memory costs nothing (an insert from memory is a
-// load, an extract to memory a store), between registers one operation.
-int saving(const Graph& paired)
+// load, an extract to memory a store), between registers one operation,
+// and the low half is the register itself.
+int saving(const Graph& g, const Graph& paired)
 {
     const std::vector<bool> live = paired.liveNodes();
-    std::vector<int> uses(paired.nodes().size(), 0);
     std::vector<bool> onlyStored(paired.nodes().size(), true);
     for (size_t i = 0; i < paired.nodes().size(); ++i) {
-        if (!live[i])
-            continue;
         const Node& n = paired.nodes()[i];
         for (int operand : {n.a, n.b})
-            if (operand >= 0) {
-                ++uses[operand];
+            if (live[i] && operand >= 0)
                 onlyStored[operand] = onlyStored[operand] && n.op == Op::Store;
-            }
     }
-    int saved = 0;
+    int saved = arithmeticCount(g) - arithmeticCount(paired);
     for (size_t i = 0; i < paired.nodes().size(); ++i) {
-        if (!live[i])
-            continue;
         const Node& n = paired.nodes()[i];
-        const bool arithmetic = n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul || n.op == Op::Xor ||
-                                (n.op == Op::Shuffle && n.pattern != Shuffle::Combine);
-        if (arithmetic && isWide(n.kind))
-            ++saved;
-        if (n.op == Op::Shuffle && n.pattern == Shuffle::Combine) {
+        if (!live[i] || n.op != Op::Shuffle)
+            continue;
+        if (n.pattern == Shuffle::Combine) {
             const Op high = paired.nodes()[n.b].op;
             saved -= high == Op::Load || high == Op::Constant ? 0 : 1;
         }
-        if (n.op == Op::Shuffle && n.pattern == Shuffle::HighHalf && !onlyStored[i])
+        if (n.pattern == Shuffle::HighHalf && !onlyStored[i])
             --saved;
     }
     return saved;
@@ -331,9 +355,9 @@ int saving(const Graph& paired)
 
 } // namespace
 
-Graph pairSections(const Graph& g)
+Graph pairSections(const Graph& g, const std::vector<Kind>& halves)
 {
-    const Sections s = sectionsOf(g);
+    const Sections s = sectionsOf(g, halves);
     std::set<std::pair<int, int>> refused;
     for (;;) {
         const std::vector<std::pair<int, int>> pairs = choosePairs(s, refused);
@@ -341,7 +365,7 @@ Graph pairSections(const Graph& g)
             return g;
         try {
             Graph paired = Pairer(g, s, pairs).run();
-            return saving(paired) > 0 ? paired : g;
+            return saving(g, paired) > 0 ? paired : g;
         } catch (const Cycle& cycle) {
             refused.insert(cycle.sections);
         }

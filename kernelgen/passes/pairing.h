@@ -1,20 +1,25 @@
-// Pairing for 256-bit registers. A kernel of 128-bit vectors does
-// the same operations on many groups of data: the stage sections of a
-// chain (the groups of a first stage, the rows of a second) are copies of
-// one shape. Two such sections, neither depending on the other, become one
-// section of 256-bit operations, the first in the low half of each register
-// and the second in the high half. Every element sees the same operations
-// in the same order, so the results keep their bits.
+// Pairing: independent work of one shape side by side in the halves of a
+// vector. A kernel does the same operations on many groups of data: the
+// stage sections of a chain (the groups of a first stage, the rows of a
+// second) are copies of one shape. Two such sections, neither depending on
+// the other, become one section of vectors of two halves, the first in the
+// low half of each and the second in the high half: binary64 numbers in
+// the two lanes of a 128-bit vector, 128-bit vectors in the halves of a
+// 256-bit one. Every element sees the same operations in the same order,
+// so the results keep their bits. Paired sections have the shape of one
+// another, so a second pairing can put four sections side by side.
 #pragma once
+
+#include <vector>
 
 #include "core/graph.h"
 
 namespace kernelgen {
 
-// The graph with isomorphic sections of 128-bit vectors (V2F64, V4F32)
-// paired into 256-bit operations (V4F64, V8F32),
+// The graph with isomorphic sections whose values are all of the kinds
+// `halves` (F64; or V2F64 and V4F32) paired into vectors of two of them,
 // where that saves more operations than moving halves costs; otherwise the
 // graph itself.
-Graph pairSections(const Graph& g);
+Graph pairSections(const Graph& g, const std::vector<Kind>& halves);
 
 } // namespace kernelgen
