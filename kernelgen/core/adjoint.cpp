@@ -16,12 +16,21 @@ class AdjointBuilder {
 public:
     explicit AdjointBuilder(const Graph& g) : g_(g), adjoint_(g.nodes().size()), copied_(g.nodes().size(), -1) {}
 
+    // The operations that carry the adjoint of a value belong to the
+    // value's section: the transposes of sections of one shape have one
+    // shape again.
     Graph run()
     {
+        t_.copySectionsOf(g_);
         const std::vector<bool> live = g_.liveNodes();
-        for (size_t i = g_.nodes().size(); i-- > 0;)
-            if (live[i])
-                visit(static_cast<int>(i));
+        for (size_t i = g_.nodes().size(); i-- > 0;) {
+            if (!live[i])
+                continue;
+            const size_t before = t_.nodes().size();
+            visit(static_cast<int>(i));
+            for (size_t made = before; made < t_.nodes().size(); ++made)
+                t_.placeInSection(static_cast<int>(made), g_.nodes()[i].section);
+        }
         return std::move(t_);
     }
 

@@ -113,11 +113,17 @@ void Graph::openSection(Section what)
         openSections_.push_back(openSections_.back());
         return;
     }
-    sections_.push_back({std::move(what), openSections_.empty() ? -1 : openSections_.back(), {-1, -1}});
+    sections_.push_back({std::move(what), openedSection(), {-1, -1}});
     openSections_.push_back(static_cast<int>(sections_.size() - 1));
 }
 
 void Graph::closeSection() { openSections_.pop_back(); }
+
+int Graph::addSection(Section what, int parent)
+{
+    sections_.push_back({std::move(what), parent, {-1, -1}});
+    return static_cast<int>(sections_.size() - 1);
+}
 
 int Graph::sectionsHeld(int section) const
 {
@@ -133,7 +139,7 @@ int Graph::pairSections(int a, int b)
 
 Graph::Value Graph::push(Node node)
 {
-    node.section = openSections_.empty() ? -1 : openSections_.back();
+    node.section = openedSection();
     nodes_.push_back(std::move(node));
     return static_cast<Value>(nodes_.size() - 1);
 }

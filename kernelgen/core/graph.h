@@ -182,6 +182,11 @@ public:
     // has it as parent, and deeper ones belong to their parent.
     void openSection(Section what);
     void closeSection();
+    // For copies between graphs: a section made apart, inside `parent`
+    // (-1: none), entered again by index, and the innermost one open.
+    int addSection(Section what, int parent);
+    void enterSection(int section) { openSections_.push_back(section); }
+    int openedSection() const { return openSections_.empty() ? -1 : openSections_.back(); }
     // For passes that copy a graph: the sections of `from` under the same
     // indices, and a section holding the nodes of sections a and b side by
     // side.

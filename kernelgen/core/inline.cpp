@@ -45,6 +45,52 @@ Graph::Value narrowOrRebuild(Graph& target, Graph::Value wide)
     return holdsConstantProduct(target, wide) ? target.narrow(wide) : inSingle(target, wide);
 }
 
+// The sections of `sub` as sections of `target`, under the section open
+// there, made as the copy first reaches them.
+class SectionImport {
+public:
+    SectionImport(Graph& target, const Graph& sub)
+        : target_(target), sub_(sub), parent_(target.openedSection()), index_(sub.sections().size(), -1)
+    {
+    }
+
+    // Copied operations of sub's `section` (-1: none) go to its import.
+    class Scope {
+    public:
+        Scope(SectionImport& import, int section) : target_(import.target_), entered_(section >= 0)
+        {
+            if (entered_)
+                target_.enterSection(import.index(section));
+        }
+        ~Scope()
+        {
+            if (entered_)
+                target_.closeSection();
+        }
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        Graph& target_;
+        bool entered_;
+    };
+
+private:
+    int index(int section)
+    {
+        if (index_[section] < 0) {
+            const SectionNode& s = sub_.sections()[section];
+            index_[section] = target_.addSection(s.what, s.parent >= 0 ? index(s.parent) : parent_);
+        }
+        return index_[section];
+    }
+
+    Graph& target_;
+    const Graph& sub_;
+    int parent_;
+    std::vector<int> index_;
+};
+
 } // namespace
 
 std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const std::map<int, SignedValue>& inputs)
@@ -52,10 +98,12 @@ std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const st
     const std::vector<bool> live = sub.liveNodes();
     std::vector<SignedValue> copy(sub.nodes().size());
     std::map<int, SignedValue> outputs;
+    SectionImport sections(target, sub);
     for (size_t i = 0; i < sub.nodes().size(); ++i) {
         if (!live[i])
             continue;
         const Node& n = sub.nodes()[i];
+        const SectionImport::Scope scope(sections, n.section);
         const SignedValue a = n.a >= 0 ? copy[n.a] : SignedValue{}, b = n.b >= 0 ? copy[n.b] : SignedValue{};
         SignedValue& out = copy[i];
         // A missing value is an exact zero: it drops out of sums and

@@ -327,30 +327,57 @@ int arithmeticCount(const Graph& g)
 // Operations the pairing saves against the moves between halves it adds:
 // a half moved from or to memory costs nothing (an insert from memory is a
 // load, an extract to memory a store), between registers one operation,
-// and the low half is the register itself.
-int saving(const Graph& g, const Graph& paired)
+// and the low half is the register itself. Each paired section's own
+// balance charges it the moves into the vectors it uses first and out of
+// the vectors it makes.
+struct Saving {
+    int total = 0;
+    std::map<int, int> bySection; // the paired sections of this pass
+};
+
+Saving saving(const Graph& g, const Graph& paired)
 {
     const std::vector<bool> live = paired.liveNodes();
-    std::vector<bool> onlyStored(paired.nodes().size(), true);
-    for (size_t i = 0; i < paired.nodes().size(); ++i) {
+    const size_t count = paired.nodes().size();
+    std::vector<bool> onlyStored(count, true);
+    std::vector<int> firstUser(count, -1);
+    for (size_t i = 0; i < count; ++i) {
         const Node& n = paired.nodes()[i];
         for (int operand : {n.a, n.b})
-            if (live[i] && operand >= 0)
+            if (live[i] && operand >= 0) {
                 onlyStored[operand] = onlyStored[operand] && n.op == Op::Store;
+                if (firstUser[operand] < 0)
+                    firstUser[operand] = static_cast<int>(i);
+            }
     }
-    int saved = arithmeticCount(g) - arithmeticCount(paired);
-    for (size_t i = 0; i < paired.nodes().size(); ++i) {
+    Saving s;
+    const auto charge = [&](int node, int amount) {
+        const int section = node < 0 ? -1 : paired.nodes()[node].section;
+        if (section >= static_cast<int>(g.sections().size()))
+            s.bySection[section] += amount;
+    };
+    s.total = arithmeticCount(g) - arithmeticCount(paired);
+    for (size_t i = 0; i < count; ++i) {
         const Node& n = paired.nodes()[i];
-        if (!live[i] || n.op != Op::Shuffle)
+        if (!live[i])
+            continue;
+        if (arithmetic(n))
+            charge(static_cast<int>(i), 1);
+        if (n.op != Op::Shuffle)
             continue;
         if (n.pattern == Shuffle::Combine) {
             const Op high = paired.nodes()[n.b].op;
-            saved -= high == Op::Load || high == Op::Constant ? 0 : 1;
+            if (high != Op::Load && high != Op::Constant) {
+                --s.total;
+                charge(firstUser[i], -1);
+            }
         }
-        if (n.pattern == Shuffle::HighHalf && !onlyStored[i])
-            --saved;
+        if (n.pattern == Shuffle::HighHalf && !onlyStored[i]) {
+            --s.total;
+            charge(n.a, -1);
+        }
     }
-    return saved;
+    return s;
 }
 
 } // namespace
@@ -359,13 +386,31 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves)
 {
     const Sections s = sectionsOf(g, halves);
     std::set<std::pair<int, int>> refused;
+    // Pairs that cost more moves than they save are refused one at a time,
+    // the worst first; the best whole is kept.
+    Graph best = g;
+    int bestSaving = 0;
     for (;;) {
         const std::vector<std::pair<int, int>> pairs = choosePairs(s, refused);
         if (pairs.empty())
-            return g;
+            return best;
         try {
             Graph paired = Pairer(g, s, pairs).run();
-            return saving(g, paired) > 0 ? paired : g;
+            const Saving saved = saving(g, paired);
+            int worst = -1;
+            for (const auto& [section, balance] : saved.bySection)
+                if (balance <= 0 && (worst < 0 || balance < saved.bySection.at(worst)))
+                    worst = section;
+            if (worst >= 0) {
+                const std::array<int, 2> members = paired.sections()[worst].pair;
+                refused.insert({members[0], members[1]});
+            }
+            if (saved.total > bestSaving) {
+                bestSaving = saved.total;
+                best = std::move(paired);
+            }
+            if (worst < 0)
+                return best;
         } catch (const Cycle& cycle) {
             refused.insert(cycle.sections);
         }
