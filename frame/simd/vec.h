@@ -18,7 +18,9 @@
 //   broadcast (V4f or V2d by argument type)
 //   load8 / load4           aligned 256-bit loads (V8f / V4d)
 //   lowHalf / highHalf / combine  a vector's halves, and back: a 256-bit
-//                           vector's two 128-bit ones, a V2d's two numbers
+//                           vector's two 128-bit ones, a V2d's two numbers,
+//                           the two numbers in a V4f's low lanes (zeros above)
+//   toDouble / toSingle     the two low lanes of a V4f to a V2d and back
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
 // element type with round-to-nearest, and no operation is fused.

@@ -93,6 +93,11 @@ TVKG_INLINE V2d unpackHi(V2d a, V2d b) { return V2d{{a.lane[1], b.lane[1]}}; }
 TVKG_INLINE double lowHalf(V2d a) { return a.lane[0]; }
 TVKG_INLINE double highHalf(V2d a) { return a.lane[1]; }
 TVKG_INLINE V2d combine(double low, double high) { return V2d{{low, high}}; }
+TVKG_INLINE float lowHalf(V4f a) { return a.lane[0]; }
+TVKG_INLINE float highHalf(V4f a) { return a.lane[1]; }
+TVKG_INLINE V4f combine(float low, float high) { return V4f{{low, high, 0.0f, 0.0f}}; }
+TVKG_INLINE V2d toDouble(V4f a) { return V2d{{a.lane[0], a.lane[1]}}; }
+TVKG_INLINE V4f toSingle(V2d a) { return V4f{{static_cast<float>(a.lane[0]), static_cast<float>(a.lane[1]), 0.0f, 0.0f}}; }
 
 template <int i0, int i1, int i2, int i3>
 TVKG_INLINE V4f shuffle(V4f a, V4f b)

@@ -48,10 +48,16 @@ TVKG_INLINE V2d bitXor(V2d a, V2d b) { return _mm_xor_pd(a, b); }
 TVKG_INLINE V2d swapLanes(V2d a) { return _mm_shuffle_pd(a, a, 1); }
 TVKG_INLINE V2d unpackLo(V2d a, V2d b) { return _mm_unpacklo_pd(a, b); }
 TVKG_INLINE V2d unpackHi(V2d a, V2d b) { return _mm_unpackhi_pd(a, b); }
-// Two numbers of a scalar kernel side by side, and back.
+// Two numbers of a scalar kernel side by side, and back; two binary32
+// numbers sit in the low lanes of a V4f, zeros above, and convert in place.
 TVKG_INLINE double lowHalf(V2d a) { return _mm_cvtsd_f64(a); }
 TVKG_INLINE double highHalf(V2d a) { return _mm_cvtsd_f64(_mm_unpackhi_pd(a, a)); }
 TVKG_INLINE V2d combine(double low, double high) { return _mm_setr_pd(low, high); }
+TVKG_INLINE float lowHalf(V4f a) { return _mm_cvtss_f32(a); }
+TVKG_INLINE float highHalf(V4f a) { return _mm_cvtss_f32(_mm_shuffle_ps(a, a, 1)); }
+TVKG_INLINE V4f combine(float low, float high) { return _mm_unpacklo_ps(_mm_set_ss(low), _mm_set_ss(high)); }
+TVKG_INLINE V2d toDouble(V4f a) { return _mm_cvtps_pd(a); }
+TVKG_INLINE V4f toSingle(V2d a) { return _mm_cvtpd_ps(a); }
 
 template <int i0, int i1, int i2, int i3>
 TVKG_INLINE V4f shuffle(V4f a, V4f b)

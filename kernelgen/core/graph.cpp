@@ -13,17 +13,22 @@ int laneCount(Kind kind)
     case Kind::V2F64: return 2;
     case Kind::V4F64: return 4;
     case Kind::V8F32: return 8;
+    case Kind::V2F32: return 2;
     default: return 1;
     }
 }
 
 bool isVector(Kind kind) { return laneCount(kind) > 1; }
-bool isSingle(Kind kind) { return kind == Kind::F32 || kind == Kind::V4F32 || kind == Kind::V8F32; }
+bool isSingle(Kind kind)
+{
+    return kind == Kind::F32 || kind == Kind::V2F32 || kind == Kind::V4F32 || kind == Kind::V8F32;
+}
 bool isWide(Kind kind) { return kind == Kind::V4F64 || kind == Kind::V8F32; }
 
 Kind wideKind(Kind half)
 {
     switch (half) {
+    case Kind::F32: return Kind::V2F32;
     case Kind::F64: return Kind::V2F64;
     case Kind::V2F64: return Kind::V4F64;
     case Kind::V4F32: return Kind::V8F32;
@@ -34,6 +39,7 @@ Kind wideKind(Kind half)
 Kind halfKind(Kind wide)
 {
     switch (wide) {
+    case Kind::V2F32: return Kind::F32;
     case Kind::V2F64: return Kind::F64;
     case Kind::V4F64: return Kind::V2F64;
     case Kind::V8F32: return Kind::V4F32;
@@ -255,8 +261,15 @@ void Graph::storeHalves(Value v, int lowOffset, int highOffset)
 }
 
 Graph::Value Graph::neg(Value a) { return push(Node{Op::Neg, nodes_[a].kind, a}); }
-Graph::Value Graph::widen(Value a) { return push(Node{Op::Widen, Kind::F64, a}); }
-Graph::Value Graph::narrow(Value a) { return push(Node{Op::Narrow, Kind::F32, a}); }
+Graph::Value Graph::widen(Value a)
+{
+    return push(Node{Op::Widen, nodes_[a].kind == Kind::V2F32 ? Kind::V2F64 : Kind::F64, a});
+}
+
+Graph::Value Graph::narrow(Value a)
+{
+    return push(Node{Op::Narrow, nodes_[a].kind == Kind::V2F64 ? Kind::V2F32 : Kind::F32, a});
+}
 
 Graph Graph::remapStores(const std::function<int(int)>& cellOf) const
 {

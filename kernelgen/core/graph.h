@@ -21,15 +21,17 @@ namespace kernelgen {
 
 // The type of a value, which is also the rounding type of the operation
 // producing it.
-enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32 };
+// V2F32: two binary32 numbers in the low lanes of a 128-bit vector, its
+// upper lanes zero (two sections of a scalar kernel side by side).
+enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32, V2F32 };
 
 int laneCount(Kind kind);
 bool isVector(Kind kind);
 bool isSingle(Kind kind); // binary32 lanes
 // 256-bit vectors (the avx2 level).
 bool isWide(Kind kind);
-// A vector of two halves and its half: two binary64 numbers in 128 bits,
-// two 128-bit vectors in 256.
+// A vector of two halves and its half: two numbers in 128 bits, two
+// 128-bit vectors in 256.
 Kind wideKind(Kind half);
 Kind halfKind(Kind wide);
 
@@ -47,8 +49,8 @@ enum class Op {
     Xor,               // sign flips of vector lanes by a mask constant
     Neg,               // sign flip of a scalar
     Shuffle,           // a lane pattern of the vector layer (Shuffle below)
-    Widen,             // binary32 -> binary64, exact
-    Narrow,            // binary64 -> binary32, one rounding
+    Widen,             // binary32 -> binary64 lanes, exact
+    Narrow,            // binary64 -> binary32 lanes, one rounding each
 };
 
 // Moves between the arrays and the registers, whole vectors or single

@@ -45,53 +45,33 @@ Graph::Value narrowOrRebuild(Graph& target, Graph::Value wide)
     return holdsConstantProduct(target, wide) ? target.narrow(wide) : inSingle(target, wide);
 }
 
-// The sections of `sub` as sections of `target`, under the section open
-// there, made as the copy first reaches them.
-class SectionImport {
-public:
-    SectionImport(Graph& target, const Graph& sub)
-        : target_(target), sub_(sub), parent_(target.openedSection()), index_(sub.sections().size(), -1)
-    {
-    }
-
-    // Copied operations of sub's `section` (-1: none) go to its import.
-    class Scope {
-    public:
-        Scope(SectionImport& import, int section) : target_(import.target_), entered_(section >= 0)
-        {
-            if (entered_)
-                target_.enterSection(import.index(section));
-        }
-        ~Scope()
-        {
-            if (entered_)
-                target_.closeSection();
-        }
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
-
-    private:
-        Graph& target_;
-        bool entered_;
-    };
-
-private:
-    int index(int section)
-    {
-        if (index_[section] < 0) {
-            const SectionNode& s = sub_.sections()[section];
-            index_[section] = target_.addSection(s.what, s.parent >= 0 ? index(s.parent) : parent_);
-        }
-        return index_[section];
-    }
-
-    Graph& target_;
-    const Graph& sub_;
-    int parent_;
-    std::vector<int> index_;
-};
-
 } // namespace
+
+SectionImport::SectionImport(Graph& target, const Graph& sub)
+    : target_(target), sub_(sub), parent_(target.openedSection()), index_(sub.sections().size(), -1)
+{
+}
+
+int SectionImport::index(int section)
+{
+    if (index_[section] < 0) {
+        const SectionNode& s = sub_.sections()[section];
+        index_[section] = target_.addSection(s.what, s.parent >= 0 ? index(s.parent) : parent_);
+    }
+    return index_[section];
+}
+
+SectionImport::Scope::Scope(SectionImport& import, int section) : target_(import.target_), entered_(section >= 0)
+{
+    if (entered_)
+        target_.enterSection(import.index(section));
+}
+
+SectionImport::Scope::~Scope()
+{
+    if (entered_)
+        target_.closeSection();
+}
 
 std::map<int, SignedValue> inlineGraph(Graph& target, const Graph& sub, const std::map<int, SignedValue>& inputs)
 {

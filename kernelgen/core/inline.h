@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <vector>
 
 #include "core/graph.h"
 
@@ -12,6 +13,34 @@ namespace kernelgen {
 struct SignedValue {
     Graph::Value value = -1;
     bool negative = false;
+};
+
+// The sections of `sub` as sections of `target`, under the section open
+// there, made as a copy first reaches them.
+class SectionImport {
+public:
+    SectionImport(Graph& target, const Graph& sub);
+
+    // Copied operations of sub's `section` (-1: none) go to its import.
+    class Scope {
+    public:
+        Scope(SectionImport& import, int section);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        Graph& target_;
+        bool entered_;
+    };
+
+private:
+    int index(int section);
+
+    Graph& target_;
+    const Graph& sub_;
+    int parent_;
+    std::vector<int> index_;
 };
 
 // Copies the live operations of `sub` into `target`: its load at offset o

@@ -81,10 +81,12 @@ public:
     std::map<int, SignedValue> run(const std::map<int, SignedValue>& inputs)
     {
         std::map<int, SignedValue> outputs;
+        SectionImport sections(t_, sub_);
         for (size_t i = 0; i < sub_.nodes().size(); ++i) {
             if (!live_[i])
                 continue;
             const Node& n = sub_.nodes()[i];
+            const SectionImport::Scope scope(sections, n.section);
             if (n.kind != Kind::F64 && n.op != Op::Store)
                 throw std::logic_error("a statement block must be built in binary64");
             Part& out = copy_[i];

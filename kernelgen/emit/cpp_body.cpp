@@ -13,7 +13,8 @@ const char* cppType(Kind kind)
     switch (kind) {
     case Kind::F32: return "float";
     case Kind::F64: return "double";
-    case Kind::V4F32: return "V4f";
+    case Kind::V4F32:
+    case Kind::V2F32: return "V4f";
     case Kind::V4F64: return "V4d";
     case Kind::V8F32: return "V8f";
     default: return "V2d";
@@ -85,8 +86,8 @@ std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, 
     case Op::Xor: return "bitXor(" + a + ", " + b + ")";
     case Op::Neg: return "-" + a;
     case Op::Shuffle: return std::string(shuffleCall(n.pattern)) + "(" + a + (b.empty() ? "" : ", " + b) + ")";
-    case Op::Widen: return "static_cast<double>(" + a + ")";
-    case Op::Narrow: return "static_cast<float>(" + a + ")";
+    case Op::Widen: return vec ? "toDouble(" + a + ")" : "static_cast<double>(" + a + ")";
+    case Op::Narrow: return vec ? "toSingle(" + a + ")" : "static_cast<float>(" + a + ")";
     case Op::ScaleArg:
         return n.kind == Kind::V2F64 ? "load(scale)" : n.kind == Kind::V4F32 ? "broadcast(scale[0])" : "scale[0]";
     default: throw std::logic_error("not an arithmetic node");
@@ -212,9 +213,11 @@ std::string printConstants(const std::vector<const Graph*>& graphs, bool local, 
                 continue;
             }
             const char* real = isSingle(c.kind) ? "float" : "double";
-            out << (isWide(c.kind) ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << c.lanes.size() << "] = {";
-            for (size_t l = 0; l < c.lanes.size(); ++l)
-                out << (l ? ", " : "") << literal(c.kind, c.lanes[l]);
+            // Two binary32 lanes fill a 128-bit vector with zeros above.
+            const size_t lanes = c.kind == Kind::V2F32 ? 4 : c.lanes.size();
+            out << (isWide(c.kind) ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << lanes << "] = {";
+            for (size_t l = 0; l < lanes; ++l)
+                out << (l ? ", " : "") << literal(c.kind, l < c.lanes.size() ? c.lanes[l] : Exact(0));
             out << "};";
             const bool uniform = std::all_of(c.lanes.begin(), c.lanes.end(), [&](Exact v) { return v == c.lanes[0]; });
             if (!c.signMask) {

@@ -111,8 +111,11 @@ private:
             }
             return v;
         case Op::Neg: return {out_.neg(lanes_[n.a][0])};
-        case Op::Widen: return {out_.widen(lanes_[n.a][0])};
-        case Op::Narrow: return {out_.narrow(lanes_[n.a][0])};
+        case Op::Widen:
+        case Op::Narrow:
+            for (int l = 0; l < lanes; ++l)
+                v.push_back(n.op == Op::Widen ? out_.widen(lanes_[n.a][l]) : out_.narrow(lanes_[n.a][l]));
+            return v;
         case Op::Add:
         case Op::Sub:
         case Op::Mul:

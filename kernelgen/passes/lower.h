@@ -1,5 +1,5 @@
 // The passes a kernel graph goes through on its way to the printer, for one
-// target: pairing of binary64 sections into 128-bit lanes, pairing into
+// target: pairing of scalar sections into 128-bit lanes, pairing into
 // 256-bit operations where the target has them, then the emission order
 // for its registers. Every pass keeps each element's
 // operations and roundings, so the printed kernel gives the graph's bits.

@@ -26,7 +26,9 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
     case Op::Sub:
     case Op::Mul: return true;
     case Op::Xor: return isVector(n.kind);
-    case Op::Neg: return !isVector(n.kind);
+    case Op::Neg:
+    case Op::Widen:
+    case Op::Narrow: return !isVector(n.kind);
     case Op::Shuffle:
         switch (n.pattern) {
         case Shuffle::SwapLanes:
@@ -224,6 +226,8 @@ private:
                    case Op::Mul: return out_.mul(a, b);
                    case Op::Xor: return out_.bitXor(a, b);
                    case Op::Neg: return out_.neg(a);
+                   case Op::Widen: return out_.widen(a);
+                   case Op::Narrow: return out_.narrow(a);
                    case Op::Shuffle: return out_.shuffle(n.pattern, a, b);
                    default: throw std::logic_error("no copy of this operation in the pairing pass");
                    }
@@ -274,7 +278,14 @@ private:
         case Op::Sub: v = out_.sub(a, b); break;
         case Op::Mul: v = out_.mul(a, b); break;
         case Op::Xor: v = out_.bitXor(a, b); break;
-        case Op::Neg: v = out_.bitXor(a, out_.signMask("kNegateBoth", wideKind(n.kind), {true, true})); break;
+        case Op::Neg: {
+            const int mask = out_.signMask(isSingle(n.kind) ? "kNegateBothSingle" : "kNegateBothDouble", wideKind(n.kind),
+                                           {true, true});
+            v = out_.bitXor(a, mask);
+            break;
+        }
+        case Op::Widen: v = out_.widen(a); break;
+        case Op::Narrow: v = out_.narrow(a); break;
         case Op::Shuffle: v = out_.shuffle(n.pattern, a, b); break;
         default: throw std::logic_error("no pair of this operation");
         }
