@@ -202,7 +202,7 @@ private:
         return out_.signMask(name, kind, negative);
     }
 
-    // The original value v as a 128-bit vector of the copy.
+    // The original value v as a value of its own kind in the copy.
     int single(int v)
     {
         if (single_[v] >= 0)
@@ -234,7 +234,7 @@ private:
                });
     }
 
-    // Operands x (low half) and y (high half) as one 256-bit vector.
+    // Operands x (low half) and y (high half) as one vector of two halves.
     int both(int x, int y)
     {
         if (role_[x].id >= 0 && role_[x].id == role_[y].id && !role_[x].high)
