@@ -8,7 +8,7 @@ namespace kernelgen {
 
 Graph lower(const Graph& g, const Target& target)
 {
-    Graph out = pairSections(g, {Kind::F32, Kind::F64});
+    Graph out = target.nativeVectors ? pairSections(g, {Kind::F32, Kind::F64}) : g;
     if (target.pairsSections())
         out = pairSections(out, {Kind::V2F64, Kind::V4F32});
     out.setPrintOrder(emissionOrder(out, target.registers));

@@ -1,8 +1,9 @@
 // The passes a kernel graph goes through on its way to the printer, for one
-// target: pairing of scalar sections into 128-bit lanes, pairing into
-// 256-bit operations where the target has them, then the emission order
-// for its registers. Every pass keeps each element's
-// operations and roundings, so the printed kernel gives the graph's bits.
+// target: pairing of scalar sections into 128-bit lanes where its vectors
+// are the processor's own, pairing into 256-bit operations where the target
+// has them, then the emission order for its registers. Every pass keeps
+// each element's operations and roundings, so the printed kernel gives the
+// graph's bits.
 #pragma once
 
 #include "core/graph.h"

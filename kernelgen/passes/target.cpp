@@ -13,10 +13,10 @@ namespace {
 const std::vector<Target>& targets()
 {
     static const std::vector<Target> all = {
-        {"sse2", {Kind::V4F32, Kind::V2F64}, 16},
-        {"avx2", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 16},
-        {"avx512", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 32},
-        {"portable", {Kind::V4F32, Kind::V2F64}, 16},
+        {"sse2", {Kind::V4F32, Kind::V2F64}, 16, true},
+        {"avx2", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 16, true},
+        {"avx512", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 32, true},
+        {"portable", {Kind::V4F32, Kind::V2F64}, 16, false},
     };
     return all;
 }

@@ -16,6 +16,10 @@ struct Target {
     std::vector<Kind> vectorKinds;
     // How many vector registers the scheduler may keep values in.
     int registers;
+    // Whether its vectors are the processor's own: where they are emulated
+    // (the portable layer), lanes gain nothing and cost compile time, so
+    // the scalar kernels stay scalar.
+    bool nativeVectors;
 
     bool has(Kind kind) const;
     // 256-bit registers: two 128-bit sections of one shape can share them.
