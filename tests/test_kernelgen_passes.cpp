@@ -1,6 +1,6 @@
 // The generator's passes against the interpreter, on any host whatever
 // processor level the pass serves: every kernel that the generator prints
-// for the call frame, lowered for every target (binary64 sections paired
+// for the call frame, lowered for every target (scalar sections paired
 // into 128-bit lanes, the pairing into 256-bit operations where it has
 // them, the scheduling), keeps its operation counts (a paired operation
 // does the work of the sections it holds) and gives the bytes of its own
