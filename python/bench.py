@@ -22,8 +22,8 @@ def best(call, number):
 
 def main(rows=100_000):
     one = np.ones(16, np.complex128)
-    print(f"one 16-point fft: tvkgen {best(lambda: tvkgen.fft(one), 20000) * 1e6:.2f} us, "
-          f"numpy {best(lambda: np.fft.fft(one), 20000) * 1e6:.2f} us")
+    print("one 16-point fft: " + ", ".join(f"{lib.__name__} {best(lambda: lib.fft(one), 20000) * 1e6:.2f} us"
+                                           for lib in (tvkgen, np.fft, scipy.fft)))
     print(f"{'transform':8} {'type':10} {'N':>3} {'numpy':>8} {'scipy':>8} {'tvkgen':>8} {'tvk -1':>8}  (Mtransforms/s)")
     for name in ("fft", "rfft", "irfft"):
         for real in (np.float32, np.float64):

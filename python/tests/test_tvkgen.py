@@ -71,6 +71,19 @@ def test_dfts_give_numpys_values_and_the_single_calls_bytes(name, dtype, n):
     rows = x.astype(real if name == "rfft" else cplx).view(cell)
     calls = single_calls(f"{dispatcher}_{tvkgen._SUFFIX[cell]}", rows, n, y.view(cell))
     np.testing.assert_array_equal(y.view(cell), calls)
+    row = getattr(tvkgen, name)(x[0], n) if name == "irfft" else getattr(tvkgen, name)(x[0])
+    np.testing.assert_array_equal(row, y[0])  # one row: the compiled call where it is built
+
+
+@pytest.mark.skipif(not os.environ.get("TVKGEN_TEST_ONE_ROW_CALLS"), reason="this build has no compiled calls")
+@pytest.mark.parametrize("name", DFTS)
+@pytest.mark.parametrize("real", REAL)
+def test_one_row_of_the_computing_type_takes_the_compiled_call(name, real, monkeypatch):
+    x = random(16, real if name == "rfft" else np.result_type(real, np.complex64), 1)
+    monkeypatch.setattr(tvkgen, "_apply", None)  # the general path would fail
+    y = getattr(tvkgen, name)(x)
+    assert y.dtype == (real if name == "irfft" else np.result_type(real, np.complex64))
+    np.testing.assert_allclose(y, DFTS[name][0](x.astype(np.result_type(x, np.float64))), atol=4 * tolerance(real, 16))
 
 
 def laid_out(x, memory):

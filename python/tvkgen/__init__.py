@@ -32,6 +32,11 @@ it every row is a single call. Every libtvkgen function called is looked up
 in the library's list of exports, tvkgen_exports.inc, which gives its
 signature: next to this module, in the checkout's include/, or in the
 include/ of the prefix the library is installed in.
+
+One contiguous row of the type a transform computes in, with numpy's
+default arguments, skips ctypes where the build compiled the module's calls
+(_calls, next to this module or in python/ beside the build tree's
+libtvkgen): a short transform then costs less than numpy's call.
 """
 
 import concurrent.futures
@@ -39,6 +44,8 @@ import ctypes
 import ctypes.util
 import functools
 import glob
+import importlib.machinery
+import importlib.util
 import itertools
 import math
 import os
@@ -122,6 +129,26 @@ def _batch_candidates():
 
 
 _batch, batch_library_path = _load(_batch_candidates(), "libtvkgen_batch.so", "TVKGEN_BATCH_LIBRARY")
+
+
+def _load_calls():
+    """The compiled one-row calls (python/src/calls.cpp), where they were built:
+    next to this module when installed, or in python/ beside the build tree's
+    libtvkgen; None elsewhere, and the general path serves every call."""
+    here = os.path.dirname(os.path.abspath(__file__))
+    places = (here, os.path.join(os.path.dirname(os.path.abspath(library_path)), "python"))
+    for place in places:
+        for suffix in importlib.machinery.EXTENSION_SUFFIXES:
+            path = os.path.join(place, "_calls" + suffix)
+            if os.path.exists(path):
+                spec = importlib.util.spec_from_file_location(__name__ + "._calls", path)
+                calls = importlib.util.module_from_spec(spec)
+                spec.loader.exec_module(calls)
+                return calls
+    return None
+
+
+_calls = _load_calls()
 _int = ctypes.c_int
 _ptr = ctypes.c_void_p
 
@@ -412,6 +439,42 @@ def _apply(call, rows, dtypes, cells, cell, length, axis, out, workers, what):
     return _moved(dst, -1, axis) if out is None else out
 
 
+# ---- one row -------------------------------------------------------------------
+
+# The transform length and the result's cells of numpy's functions for an
+# input row of m elements, n and the rest as numpy's defaults.
+_ROW_LENGTHS = {"fft": lambda m: (m, m), "ifft": lambda m: (m, m), "rfft": lambda m: (m, m // 2 + 1),
+                "irfft": lambda m: (2 * (m - 1), 2 * (m - 1))}
+# (function, input dtype): the dispatcher's address and name, the result dtype.
+_ROWS = {}
+if _calls is not None:
+    for real, cx in _COMPLEX_OF.items():
+        for what, name, source, result in (("fft", f"tvkgDFTFwd_CToC_{_SUFFIX[cx]}", cx, cx),
+                                           ("ifft", f"tvkgDFTInv_CToC_{_SUFFIX[cx]}", cx, cx),
+                                           ("rfft", f"tvkgDFTFwd_RToCCS_{_SUFFIX[real]}", real, cx),
+                                           ("irfft", f"tvkgDFTInv_CCSToR_{_SUFFIX[real]}", cx, real)):
+            _ROWS[what, source] = (ctypes.cast(_export(name), _ptr).value, name, result)
+
+
+def _one_row(what, x, n, axis, norm, out, workers):
+    """numpy's function `what` on one contiguous row of the type it computes
+    in, every other argument its default or the same: the result of one
+    compiled call, or None where the general path takes the call."""
+    if (type(x) is not np.ndarray or x.ndim != 1 or x.strides[0] != x.itemsize or type(axis) is not int
+            or axis not in (-1, 0) or norm is not None or out is not None or workers is not None):
+        return None
+    entry = _ROWS.get((what, x.dtype))
+    if entry is None:
+        return None
+    length, cells = _ROW_LENGTHS[what](x.shape[0])
+    if not 2 <= length <= 64 or not (n is None or (type(n) is int and n == length)):
+        return None
+    address, name, result = entry
+    y = np.empty(cells, result)
+    _check(_calls.single(address, x, y, length, _DFT_FLAGS["backward"]), name)
+    return y
+
+
 # ---- numpy's DFTs ------------------------------------------------------------
 
 def _complex_dft(x, n, axis, norm, out, workers, what, direction):
@@ -453,6 +516,9 @@ def fft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     >>> abs(tvkgen.fft(np.exp(2j * np.pi * 3 * np.arange(16) / 16), norm="forward")).round(12)[:5]
     array([0., 0., 0., 1., 0.])
     """
+    row = _one_row("fft", x, n, axis, norm, out, workers)
+    if row is not None:
+        return row
     return _complex_dft(x, n, axis, norm, out, workers, "fft", "Fwd")
 
 
@@ -467,6 +533,9 @@ def ifft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     >>> np.allclose(tvkgen.ifft(tvkgen.fft(x)), x)
     True
     """
+    row = _one_row("ifft", x, n, axis, norm, out, workers)
+    if row is not None:
+        return row
     return _complex_dft(x, n, axis, norm, out, workers, "ifft", "Inv")
 
 
@@ -481,6 +550,9 @@ def rfft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     >>> tvkgen.rfft([1, 1, 1, 1]).real
     array([4., 0., 0.])
     """
+    row = _one_row("rfft", x, n, axis, norm, out, workers)
+    if row is not None:
+        return row
     x = np.asarray(x)
     real = _precision(x, "rfft", complex_too=False)
     axis = _axis(axis, x.ndim, "rfft")
@@ -503,6 +575,9 @@ def irfft(x, n=None, axis=-1, norm=None, out=None, workers=None):
     >>> tvkgen.irfft(tvkgen.rfft([1.0, 2.0, 3.0]), 3)
     array([1., 2., 3.])
     """
+    row = _one_row("irfft", x, n, axis, norm, out, workers)
+    if row is not None:
+        return row
     x = np.asarray(x)
     real = _precision(x, "irfft")
     axis = _axis(axis, x.ndim, "irfft")
