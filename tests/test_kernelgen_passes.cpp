@@ -45,9 +45,11 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
             if (family.sizeFile != complexSizeFile && size == 60 && k.exportedName.find("Inv") == std::string::npos) {
                 EXPECT_EQ(inLanes, target.nativeVectors) << k.exportedName;
             }
+            // A sum paired with a difference negates the difference's
+            // operand in its half: sign flips may be added, nothing else.
             const OpCounts was = k.graph.countOps(), is = lowered.countOps();
             EXPECT_TRUE(is.addSub == was.addSub && is.mul == was.mul && is.scaleMul == was.scaleMul &&
-                        is.signFlips == was.signFlips && is.loads == was.loads && is.stores == was.stores)
+                        is.signFlips >= was.signFlips && is.loads == was.loads && is.stores == was.stores)
                 << k.exportedName;
             for (const Node& n : scalar.nodes())
                 ASSERT_FALSE(isVector(n.kind)) << k.exportedName;

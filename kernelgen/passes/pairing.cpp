@@ -48,7 +48,8 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
 // constant serves every section that names it), and which can be paired.
 struct Sections {
     std::vector<std::vector<int>> nodes;
-    std::vector<std::string> shape;
+    std::vector<std::string> exact;  // the operations in order, with their operands
+    std::vector<std::string> shape;  // the same with every difference taken as a sum
     std::vector<std::vector<bool>> dependsOn; // [b][a]: b uses a value of a
 };
 
@@ -56,7 +57,7 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
 {
     const std::vector<bool> live = g.liveNodes();
     const size_t count = g.sections().size();
-    Sections s{std::vector<std::vector<int>>(count), std::vector<std::string>(count),
+    Sections s{std::vector<std::vector<int>>(count), std::vector<std::string>(count), std::vector<std::string>(count),
                std::vector<std::vector<bool>>(count, std::vector<bool>(count, false))};
     std::vector<int> local(g.nodes().size(), -1);
     std::vector<bool> usable(count, true);
@@ -78,7 +79,10 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
         local[i] = static_cast<int>(s.nodes[n.section].size());
         s.nodes[n.section].push_back(static_cast<int>(i));
         std::string& shape = s.shape[n.section];
-        shape += std::to_string(static_cast<int>(n.op)) + ":" + std::to_string(static_cast<int>(n.pattern)) + ":" +
+        // A sum pairs with a difference: a - b is a + (-b) exactly.
+        const Op op = n.op == Op::Sub ? Op::Add : n.op;
+        s.exact[n.section] += std::to_string(static_cast<int>(n.op)) + ";";
+        shape += std::to_string(static_cast<int>(op)) + ":" + std::to_string(static_cast<int>(n.pattern)) + ":" +
                  std::to_string(static_cast<int>(n.kind));
         for (int operand : {n.a, n.b}) {
             if (operand < 0)
@@ -102,29 +106,37 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
 }
 
 // Which section pairs with which: sections of one shape in the order of
-// their first operation, two by two, where neither uses the other.
+// their first operation, two by two, where neither uses the other; those
+// with the same operations first, then the rest, sums beside differences.
 std::vector<std::pair<int, int>> choosePairs(const Sections& s, const std::set<std::pair<int, int>>& refused)
 {
-    std::map<std::string, std::vector<int>> byShape;
     std::vector<int> order;
     for (size_t i = 0; i < s.nodes.size(); ++i)
         if (!s.shape[i].empty())
             order.push_back(static_cast<int>(i));
     std::sort(order.begin(), order.end(), [&](int a, int b) { return s.nodes[a][0] < s.nodes[b][0]; });
-    for (int i : order)
-        byShape[s.shape[i]].push_back(i);
     std::vector<std::pair<int, int>> pairs;
-    for (const auto& [shape, list] : byShape) {
-        for (size_t i = 0; i + 1 < list.size();) {
-            const int a = list[i], b = list[i + 1];
-            if (!s.dependsOn[b][a] && !s.dependsOn[a][b] && !refused.count({a, b})) {
-                pairs.push_back({a, b});
-                i += 2;
-            } else {
-                ++i;
+    std::vector<bool> taken(s.nodes.size(), false);
+    const auto pairAlike = [&](auto key) {
+        std::map<std::string, std::vector<int>> byKey;
+        for (int i : order)
+            if (!taken[i])
+                byKey[key(i)].push_back(i);
+        for (const auto& [shape, list] : byKey) {
+            for (size_t i = 0; i + 1 < list.size();) {
+                const int a = list[i], b = list[i + 1];
+                if (!s.dependsOn[b][a] && !s.dependsOn[a][b] && !refused.count({a, b})) {
+                    pairs.push_back({a, b});
+                    taken[a] = taken[b] = true;
+                    i += 2;
+                } else {
+                    ++i;
+                }
             }
         }
-    }
+    };
+    pairAlike([&](int i) { return s.shape[i] + "|" + s.exact[i]; });
+    pairAlike([&](int i) { return s.shape[i]; });
     return pairs;
 }
 
@@ -237,7 +249,7 @@ private:
     // Operands x (low half) and y (high half) as one vector of two halves.
     int both(int x, int y)
     {
-        if (role_[x].id >= 0 && role_[x].id == role_[y].id && !role_[x].high)
+        if (role_[x].id >= 0 && role_[x].id == role_[y].id && !role_[x].high && role_[y].high)
             return pair(role_[x].id);
         const auto known = combined_.find({x, y});
         if (known != combined_.end())
@@ -258,6 +270,17 @@ private:
         return combined_[{x, y}] = out_.combine(single(x), high);
     }
 
+    // The sign bits of the high half of a vector of two halves of `half`.
+    int highHalfMask(Kind half)
+    {
+        const int lanes = laneCount(half);
+        std::vector<bool> negative(2 * lanes, false);
+        std::fill(negative.begin() + lanes, negative.end(), true);
+        const std::string name = std::string("kNegateHigh") + (isSingle(half) ? "Single" : "Double") +
+                                 (lanes > 1 ? "Pairs" : "");
+        return out_.signMask(name, wideKind(half), negative);
+    }
+
     int pair(int id)
     {
         if (value_[id] >= 0)
@@ -274,8 +297,14 @@ private:
         switch (n.op) {
         case Op::Load: v = out_.loadHalves(n.kind, n.offset, m.offset); break;
         case Op::Store: out_.storeHalves(a, n.offset, m.offset); v = 0; break;
-        case Op::Add: v = out_.add(a, b); break;
-        case Op::Sub: v = out_.sub(a, b); break;
+        case Op::Add:
+        case Op::Sub: {
+            // A sum beside a difference: the high half's operand negated,
+            // and the low half's operation for both.
+            const int right = n.op == m.op ? b : out_.bitXor(b, highHalfMask(n.kind));
+            v = n.op == Op::Add ? out_.add(a, right) : out_.sub(a, right);
+            break;
+        }
         case Op::Mul: v = out_.mul(a, b); break;
         case Op::Xor: v = out_.bitXor(a, b); break;
         case Op::Neg: {
