@@ -8,9 +8,9 @@ namespace kernelgen {
 
 Graph lower(const Graph& g, const Target& target)
 {
-    Graph out = target.nativeVectors ? pairSections(g, {Kind::F32, Kind::F64}) : g;
+    Graph out = target.nativeVectors ? pairSections(g, {Kind::F32, Kind::F64}, target.registers) : g;
     if (target.pairsSections())
-        out = pairSections(out, {Kind::V2F64, Kind::V4F32});
+        out = pairSections(out, {Kind::V2F64, Kind::V4F32}, target.registers);
     out.setPrintOrder(emissionOrder(out, target.registers));
     return out;
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "passes/schedule.h"
+
 namespace kernelgen {
 
 namespace {
@@ -422,14 +424,16 @@ Saving saving(const Graph& g, const Graph& paired)
 
 } // namespace
 
-Graph pairSections(const Graph& g, const std::vector<Kind>& halves)
+Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int registers)
 {
     const Sections s = sectionsOf(g, halves);
     std::set<std::pair<int, int>> refused;
     // Pairs that cost more moves than they save are refused one at a time,
-    // the worst first; the best whole is kept.
+    // the worst first; the best whole is kept. A whole that would spill
+    // more values beyond the registers than the graph does is charged a
+    // store and a load for each.
     Graph best = g;
-    int bestSaving = 0;
+    int bestSaving = 0, spilledBefore = -1;
     for (;;) {
         const std::vector<std::pair<int, int>> pairs = choosePairs(s, refused);
         if (pairs.empty())
@@ -446,8 +450,13 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves)
                 refused.insert({members[0], members[1]});
             }
             if (saved.total > bestSaving) {
-                bestSaving = saved.total;
-                best = std::move(paired);
+                if (spilledBefore < 0)
+                    spilledBefore = spills(g, registers);
+                const int total = saved.total - 2 * std::max(0, spills(paired, registers) - spilledBefore);
+                if (total > bestSaving) {
+                    bestSaving = total;
+                    best = std::move(paired);
+                }
             }
             if (worst < 0)
                 return best;

@@ -18,8 +18,8 @@ namespace kernelgen {
 
 // The graph with isomorphic sections whose values are all of the kinds
 // `halves` (F64; or V2F64 and V4F32) paired into vectors of two of them,
-// where that saves more operations than moving halves costs; otherwise the
-// graph itself.
-Graph pairSections(const Graph& g, const std::vector<Kind>& halves);
+// where that saves more operations than moving halves and spilling beyond
+// `registers` cost; otherwise the graph itself.
+Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int registers);
 
 } // namespace kernelgen

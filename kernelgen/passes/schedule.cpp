@@ -23,8 +23,14 @@ std::vector<int> builderOrder(const std::vector<bool>& live)
 // How many operands of `n` are `v`.
 int usesOf(const Node& n, int v) { return (n.a == v) + (n.b == v); }
 
-// The most values that hold a register at once when `order` is emitted.
-int maxLive(const Graph& g, const std::vector<int>& order)
+// The most values that hold a register at once when `order` is emitted,
+// and how many values were made while more than `registers` were held.
+struct Pressure {
+    int most = 0;
+    int beyond = 0;
+};
+
+Pressure pressure(const Graph& g, const std::vector<int>& order, int registers)
 {
     const std::vector<Node>& nodes = g.nodes();
     std::vector<int> lastUse(nodes.size(), -1);
@@ -32,17 +38,19 @@ int maxLive(const Graph& g, const std::vector<int>& order)
         for (int o : {nodes[order[t]].a, nodes[order[t]].b})
             if (o >= 0)
                 lastUse[o] = static_cast<int>(t);
-    int liveNow = 0, most = 0;
+    int liveNow = 0;
+    Pressure p;
     std::vector<int> dyingAt(order.size(), 0);
     for (size_t t = 0; t < order.size(); ++t) {
         if (holdsRegister(nodes[order[t]])) {
             ++liveNow;
             ++dyingAt[lastUse[order[t]]];
+            p.beyond += liveNow > registers;
         }
-        most = std::max(most, liveNow);
+        p.most = std::max(p.most, liveNow);
         liveNow -= dyingAt[t];
     }
-    return most;
+    return p;
 }
 
 // Position of each node in a depth-first post-order walk from the stores, in
@@ -141,9 +149,11 @@ std::vector<int> emissionOrder(const Graph& g, int registers)
     std::vector<int> order = builderOrder(live);
     // When the builder's order fits the registers, the compiler allocates it
     // well, and reordering only adds register copies.
-    if (maxLive(g, order) <= registers)
+    if (pressure(g, order, registers).most <= registers)
         return order;
     return pressureOrder(g, live);
 }
+
+int spills(const Graph& g, int registers) { return pressure(g, emissionOrder(g, registers), registers).beyond; }
 
 } // namespace kernelgen

@@ -14,4 +14,8 @@ namespace kernelgen {
 // and every load before the first store, so that `src == dst` stays correct.
 std::vector<int> emissionOrder(const Graph& g, int registers);
 
+// The values that go to memory and back when g is emitted in that order:
+// each value made while every register holds one costs a store and a load.
+int spills(const Graph& g, int registers);
+
 } // namespace kernelgen
