@@ -5,7 +5,8 @@
 // them, the scheduling), keeps its operation counts (a paired operation
 // does the work of the sections it holds) and gives the bytes of its own
 // graph on random inputs under each scale factor; so does the lowered
-// graph read per element, with scalar operations only.
+// graph read per element, with scalar operations only. Every load comes
+// before the first store, as in-place calls need.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -53,6 +54,11 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
                 << k.exportedName;
             for (const Node& n : scalar.nodes())
                 ASSERT_FALSE(isVector(n.kind)) << k.exportedName;
+            bool stored = false; // in-place calls need every load first
+            for (int v : lowered.printOrder()) {
+                ASSERT_FALSE(stored && isLoad(lowered.nodes()[v].op)) << k.exportedName;
+                stored = stored || isStore(lowered.nodes()[v].op);
+            }
             Bytes src(reach(k.graph, false));
             for (Exact factor : k.scaleFactors) {
                 fixedInput(numberBytes == 8, src.size() / numberBytes, src.data(), ++seed);

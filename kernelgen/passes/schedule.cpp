@@ -20,6 +20,18 @@ std::vector<int> builderOrder(const std::vector<bool>& live)
     return order;
 }
 
+// Whether every load of `order` comes before its first store.
+bool loadsFirst(const Graph& g, const std::vector<int>& order)
+{
+    bool stored = false;
+    for (int v : order) {
+        if (stored && isLoad(g.nodes()[v].op))
+            return false;
+        stored = stored || isStore(g.nodes()[v].op);
+    }
+    return true;
+}
+
 // How many operands of `n` are `v`.
 int usesOf(const Node& n, int v) { return (n.a == v) + (n.b == v); }
 
@@ -148,8 +160,9 @@ std::vector<int> emissionOrder(const Graph& g, int registers)
     const std::vector<bool> live = g.liveNodes();
     std::vector<int> order = builderOrder(live);
     // When the builder's order fits the registers, the compiler allocates it
-    // well, and reordering only adds register copies.
-    if (pressure(g, order, registers).most <= registers)
+    // well, and reordering only adds register copies; a pass may have made
+    // a load after a store, though.
+    if (pressure(g, order, registers).most <= registers && loadsFirst(g, order))
         return order;
     return pressureOrder(g, live);
 }
