@@ -50,8 +50,8 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
 // constant serves every section that names it), and which can be paired.
 struct Sections {
     std::vector<std::vector<int>> nodes;
-    std::vector<std::string> exact;  // the operations in order, with their operands
-    std::vector<std::string> shape;  // the same with every difference taken as a sum
+    std::vector<std::string> shape;  // operations and operands in order, each difference as a sum
+    std::vector<std::string> exact;  // the operations alone: with the shape, the section as it is
     std::vector<std::vector<bool>> dependsOn; // [b][a]: b uses a value of a
 };
 

@@ -5,9 +5,11 @@
 // the other, become one section of vectors of two halves, the first in the
 // low half of each and the second in the high half: binary64 numbers in
 // the two lanes of a 128-bit vector, 128-bit vectors in the halves of a
-// 256-bit one. Every element sees the same operations in the same order,
-// so the results keep their bits. Paired sections have the shape of one
-// another, so a second pairing can put four sections side by side.
+// 256-bit one. Every element sees the same operations in the same order
+// (a difference paired with a sum is the sum of the negated operand, the
+// same operation in IEEE arithmetic), so the results keep their bits.
+// Paired sections have the shape of one another, so a second pairing can
+// put four sections side by side.
 #pragma once
 
 #include <vector>
