@@ -44,8 +44,8 @@ import ctypes
 import ctypes.util
 import functools
 import glob
+import importlib
 import importlib.machinery
-import importlib.util
 import itertools
 import math
 import os
@@ -136,15 +136,12 @@ def _load_calls():
     next to this module when installed, or in python/ beside the build tree's
     libtvkgen; None elsewhere, and the general path serves every call."""
     here = os.path.dirname(os.path.abspath(__file__))
-    places = (here, os.path.join(os.path.dirname(os.path.abspath(library_path)), "python"))
-    for place in places:
-        for suffix in importlib.machinery.EXTENSION_SUFFIXES:
-            path = os.path.join(place, "_calls" + suffix)
-            if os.path.exists(path):
-                spec = importlib.util.spec_from_file_location(__name__ + "._calls", path)
-                calls = importlib.util.module_from_spec(spec)
-                spec.loader.exec_module(calls)
-                return calls
+    for place in (here, os.path.join(os.path.dirname(os.path.abspath(library_path)), "python")):
+        if any(os.path.exists(os.path.join(place, "_calls" + suffix))
+               for suffix in importlib.machinery.EXTENSION_SUFFIXES):
+            if place != here:
+                __path__.append(place)  # the package's compiled part, in the build tree
+            return importlib.import_module(__name__ + "._calls")
     return None
 
 
