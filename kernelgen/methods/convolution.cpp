@@ -53,6 +53,25 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im)
         im = 0;
 }
 
+int chirpExponent(int p, int n)
+{
+    const long h = (p + 1) / 2;
+    return static_cast<int>(h * n % p * n % p);
+}
+
+void chirpConstant(int p, int length, long k, int sign, Exact& re, Exact& im)
+{
+    const long h = (p + 1) / 2;
+    re = im = 0;
+    for (long m = -(p - 1); m <= p - 1; ++m) {
+        const long num = sign * (-(h * m % p * m % p) * length + m * k * p);
+        re += cosTurn(num, static_cast<long>(p) * length);
+        im += sinTurn(num, static_cast<long>(p) * length);
+    }
+    re /= length;
+    im /= length;
+}
+
 std::string spectrumName(int p, int k) { return "kD" + std::to_string(p) + "Bin" + std::to_string(k); }
 
 Signal rootOrder(const Signal& x)

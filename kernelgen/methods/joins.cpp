@@ -76,6 +76,38 @@ Section groupSection(int i2, int n1, int partner) { return {"first stage", "grou
 
 Section rowSection(int k1, int n2, int partner) { return {"second stage", "row", k1, n2, partner}; }
 
+namespace {
+
+// The groups of a join one by one, each twiddled after its transform.
+template <class Arith>
+struct Groups {
+    Arith& ar;
+    const Signal& x;
+    const JoinMap& map;
+
+    int count() const { return map.n2; }
+    Section firstSection(int i2) const { return groupSection(i2, map.n1); }
+    Section secondSection(int k1) const { return rowSection(k1, map.n2); }
+    Signal input(int i2) const { return map.group(x, i2); }
+    void twiddle(int i2, Signal& y)
+    {
+        for (int k1 = 1; k1 < static_cast<int>(y.size()); ++k1)
+            if (map.twiddle(i2, k1) % map.twiddleDen != 0)
+                y[k1] = ar.rotate(y[k1], map.twiddleDen, map.twiddle(i2, k1));
+    }
+    // Row k1 of the outputs: element k1 of every group.
+    std::vector<Signal> turn(std::vector<Signal> y) const
+    {
+        std::vector<Signal> rows(y[0].size(), Signal(map.n2));
+        for (size_t k1 = 0; k1 < rows.size(); ++k1)
+            for (int i2 = 0; i2 < map.n2; ++i2)
+                rows[k1][i2] = y[i2][k1];
+        return rows;
+    }
+};
+
+} // namespace
+
 template <class Arith>
 Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,
             const std::type_identity_t<StageOf<Arith>>& second)
@@ -85,22 +117,11 @@ Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_iden
         throw std::logic_error("join of the wrong length");
     if (first.leadingGroups > map.n2 || second.leadingGroups > map.n1)
         throw std::logic_error("more leading groups than the stage has");
-    std::vector<Signal> columns(map.n2);
-    for (int i2 = 0; i2 < map.n2; ++i2) {
-        const SectionScope section(ar.graph(), groupSection(i2, map.n1));
-        columns[i2] = first.on(i2)(ar, map.group(x, i2));
-        for (int k1 = 1; k1 < static_cast<int>(columns[i2].size()); ++k1)
-            if (map.twiddle(i2, k1) % map.twiddleDen != 0)
-                columns[i2][k1] = ar.rotate(columns[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
-    }
+    Groups<Arith> groups{ar, x, map};
+    const std::vector<Signal> out = stages(ar, groups, first, second);
     Signal X(n);
-    for (int k1 = 0; k1 < static_cast<int>(columns[0].size()); ++k1) {
-        const SectionScope section(ar.graph(), rowSection(k1, map.n2));
-        Signal row(map.n2);
-        for (int i2 = 0; i2 < map.n2; ++i2)
-            row[i2] = columns[i2][k1];
-        map.placeRow(X, k1, second.on(k1)(ar, row));
-    }
+    for (size_t k1 = 0; k1 < out.size(); ++k1)
+        map.placeRow(X, static_cast<int>(k1), out[k1]);
     return X;
 }
 

@@ -65,6 +65,37 @@ using Stage = StageOf<DftArith>;
 Section groupSection(int i2, int n1, int partner = -1);
 Section rowSection(int k1, int n2, int partner = -1);
 
+// The two stages of a join and the turn between them, in any form of the
+// values: `units` is what a transform of a stage runs on (a group, or the
+// four groups in the lanes of a vector set). `Units` gives
+//   int count() const;                      the first stage's units
+//   Section firstSection(int u) const;
+//   Section secondSection(int u) const;
+//   Signal input(int u);                    a first-stage unit's input,
+//                                           loaded within its section
+//   void twiddle(int u, Signal& y);         on the unit's outputs, within it
+//   std::vector<Signal> turn(std::vector<Signal> y);
+//                                           the second stage's inputs
+// and the second stage's outputs come back by unit.
+template <class Arith, class Units>
+std::vector<Signal> stages(Arith& ar, Units& units, const std::type_identity_t<StageOf<Arith>>& first,
+                           const std::type_identity_t<StageOf<Arith>>& second)
+{
+    std::vector<Signal> y(units.count());
+    for (int u = 0; u < units.count(); ++u) {
+        const SectionScope section(ar.graph(), units.firstSection(u));
+        y[u] = first.on(u)(ar, units.input(u));
+        units.twiddle(u, y[u]);
+    }
+    const std::vector<Signal> rows = units.turn(std::move(y));
+    std::vector<Signal> out(rows.size());
+    for (size_t u = 0; u < rows.size(); ++u) {
+        const SectionScope section(ar.graph(), units.secondSection(static_cast<int>(u)));
+        out[u] = second.on(static_cast<int>(u))(ar, rows[u]);
+    }
+    return out;
+}
+
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across
 // the rows the first stage gives (all n1, or bins 0 .. n1/2 of real groups:
 // the other bins of X are then left empty). Any arithmetic runs it: the DFT

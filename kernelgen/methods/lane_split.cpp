@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "layout/lanes32.h"
@@ -36,10 +35,6 @@ void twiddleRows(SplitArith& ar, const JoinMap& map, std::vector<Signal>& rows, 
     }
 }
 
-// Steps 1 to 4 of the split up to the outputs of the second stage:
-// out[block][k2], lanes k1 = 4*block+l. Element e of the transform's input
-// is loaded from element `source(e)` of src (-1: a zero), and each loaded
-// vector passes `prepare` with its elements before the first stage.
 // The section of vector set `set` of `count` groups or rows: the indices in
 // its lanes, and the length of the transform on them.
 Section laneSection(const char* step, const char* unit, int set, int count, int length)
@@ -49,66 +44,141 @@ Section laneSection(const char* step, const char* unit, int set, int count, int 
 
 using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
 
-std::vector<Signal> forwardSplit(SplitArith& ar, const JoinMap& map, const Transform& first,
-                                 const Transform& second, const std::function<int(int)>& source,
-                                 const std::string& prefix, const Prepare& prepare = nullptr)
-{
-    Graph& g = ar.graph();
-    const int laneSets = (map.n2 + 3) / 4;
-    std::vector<Signal> firstOut(laneSets);
-    for (int set = 0; set < laneSets; ++set) {
-        const SectionScope section(g, laneSection("first stage", "groups", set, map.n2, map.n1));
+// A join's groups four at a time in the lanes of a vector set, turned by
+// transposes, then twiddled (steps 1 to 3 of the split): the second stage's
+// outputs are out[block][k2], lanes k1 = 4*block+l. Element e of the
+// transform's input is loaded from element `source(e)` of src (-1: a zero),
+// and each loaded vector passes `prepare` with its elements before the
+// first stage.
+struct LaneGroups {
+    SplitArith& ar;
+    const JoinMap& map;
+    std::function<int(int)> source;
+    std::string prefix;
+    Prepare prepare;
+
+    int count() const { return (map.n2 + 3) / 4; }
+    Section firstSection(int set) const { return laneSection("first stage", "groups", set, map.n2, map.n1); }
+    Section secondSection(int block) const { return laneSection("second stage", "rows", block, map.n1, map.n2); }
+    Signal input(int set) const
+    {
         Signal column(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1) {
             std::array<int, 4> elements;
             for (int l = 0; l < 4; ++l)
                 elements[l] = inLane(4 * set + l, map.n2) < 0 ? -1 : source(map.input(i1, 4 * set + l));
-            column[i1] = gather(g, elements);
+            column[i1] = gather(ar.graph(), elements);
             if (prepare)
                 column[i1] = prepare(column[i1], elements);
         }
-        firstOut[set] = first(ar, column);
+        return column;
     }
-    std::optional<SectionScope> section;
-    section.emplace(g, Section{"transposes and twiddles"});
-    std::vector<Signal> rows = transposeSets(ar, firstOut, map.n1);
-    twiddleRows(ar, map, rows, prefix);
-    std::vector<Signal> out;
-    for (size_t block = 0; block < rows.size(); ++block) {
-        section.emplace(g, laneSection("second stage", "rows", static_cast<int>(block), map.n1, map.n2));
-        out.push_back(second(ar, Signal(rows[block].begin(), rows[block].begin() + map.n2)));
+    void twiddle(int, Signal&) const {}
+    std::vector<Signal> turn(const std::vector<Signal>& y) const
+    {
+        const SectionScope section(ar.graph(), {"transposes and twiddles"});
+        std::vector<Signal> rows = transposeSets(ar, y, map.n1);
+        twiddleRows(ar, map, rows, prefix);
+        for (Signal& row : rows)
+            row.resize(map.n2);
+        return rows;
     }
-    return out;
-}
+};
 
-// The adjoint of forwardSplit: inverse second stage, conjugate twiddles,
+// The adjoint of LaneGroups: inverse second stage, conjugate twiddles,
 // transposes, inverse first stage. It is the adjoint graph of the forward
 // split with conjugate constants, built here stage by stage because the
 // lane patterns of the 32fc layout are their own adjoints in pairs
-// (transposes), which the generic adjoint does not know. Returns y[set][i1], lanes i2 = 4*set+l,
-// the inverse transform's output input(i1, i2).
-std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Transform& first,
-                                 const Transform& second, const std::vector<Signal>& spectrum,
-                                 const std::string& prefix)
+// (transposes), which the generic adjoint does not know. Its outputs are
+// y[set][i1], lanes i2 = 4*set+l, the inverse transform's output
+// input(i1, i2).
+struct LaneRows {
+    SplitArith& back;
+    const JoinMap& map;
+    const std::vector<Signal>& spectrum;
+    std::string prefix;
+
+    int count() const { return static_cast<int>(spectrum.size()); }
+    Section firstSection(int block) const
+    {
+        return laneSection("inverse second stage", "rows", block, map.n1, map.n2);
+    }
+    Section secondSection(int set) const { return laneSection("inverse first stage", "groups", set, map.n2, map.n1); }
+    Signal input(int block) const { return spectrum[block]; }
+    void twiddle(int, Signal&) const {}
+    std::vector<Signal> turn(std::vector<Signal> rows) const
+    {
+        const SectionScope section(back.graph(), {"conjugate twiddles and transposes"});
+        twiddleRows(back, map, rows, prefix);
+        std::vector<Signal> columns = transposeSets(back, rows, map.n2);
+        for (Signal& column : columns)
+            column.resize(map.n1);
+        return columns;
+    }
+};
+
+// A form that multiplies a spectrum across the lanes (the convolution and
+// chirp forms): the forward split of the loaded inputs, one constant per
+// bin, the adjoint split, the stores.
+struct LaneForm {
+    std::function<int(int)> source;  // element e of the transform's input is x[source(e)] (-1: zero)
+    Prepare prepare;                 // on each loaded vector, and again before its store
+    std::function<void(int k, Exact& re, Exact& im)> constant; // bin k's
+    std::string constantName;
+    std::string productSection;
+    std::function<int(int)> target;  // output r of the adjoint split goes to X[target(r)] (-1: none)
+    bool rootZero = false;           // x[0] beside the transform (the convolution form)
+    std::string storeSection;
+};
+
+void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second,
+                   const LaneForm& form)
 {
-    Graph& g = back.graph();
+    Graph& g = ar.graph();
+    const std::string prefix = "kW" + std::to_string(map.n1 * map.n2);
+    const Cx x0 = form.rootZero ? gather(g, {0, -1, -1, -1}) : Cx{};
+    LaneGroups groups{ar, map, form.source, prefix, form.prepare};
+    std::vector<Signal> U = stages<DftArith>(ar, groups, first, second);
+
+    // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
     std::optional<SectionScope> section;
-    std::vector<Signal> rows;
-    for (size_t block = 0; block < spectrum.size(); ++block) {
-        section.emplace(g, laneSection("inverse second stage", "rows", static_cast<int>(block), map.n1, map.n2));
-        Signal z = second(back, spectrum[block]);
-        z.resize(4 * ((map.n2 + 3) / 4));
-        rows.push_back(z);
-    }
-    section.emplace(g, Section{"conjugate twiddles and transposes"});
-    twiddleRows(back, map, rows, prefix);
-    std::vector<Signal> columns = transposeSets(back, rows, map.n2);
-    std::vector<Signal> out;
-    for (size_t set = 0; set < columns.size(); ++set) {
-        section.emplace(g, laneSection("inverse first stage", "groups", static_cast<int>(set), map.n2, map.n1));
-        out.push_back(first(back, Signal(columns[set].begin(), columns[set].begin() + map.n1)));
-    }
-    return out;
+    section.emplace(g, Section{form.productSection});
+    const Cx X0 = form.rootZero ? ar.add(x0, U[0][0]) : Cx{};
+    for (size_t block = 0; block < U.size(); ++block)
+        for (int k2 = 0; k2 < map.n2; ++k2) {
+            std::array<Exact, 4> re{}, im{};
+            for (int l = 0; l < 4; ++l) {
+                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
+                if (k1 >= 0)
+                    form.constant(map.output(k1, k2), re[l], im[l]);
+            }
+            U[block][k2] = ar.mulLanes(U[block][k2], re, im,
+                                       form.constantName + "Block" + std::to_string(block) + "Row" +
+                                           std::to_string(k2));
+        }
+    if (form.rootZero)
+        U[0][0] = ar.add(x0, U[0][0]);
+
+    SplitArith back = ar.opposite();
+    section.reset();
+    LaneRows rows{back, map, U, prefix};
+    const std::vector<Signal> y = stages<DftArith>(back, rows, second, first);
+    section.emplace(g, Section{form.storeSection});
+    const Graph::Value scale = g.scaleArg(Kind::V4F32);
+    if (form.rootZero)
+        scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
+    for (size_t set = 0; set < y.size(); ++set)
+        for (int i1 = 0; i1 < map.n1; ++i1) {
+            std::array<int, 4> elements;
+            bool any = false;
+            for (int l = 0; l < 4; ++l) {
+                const int i2 = inLane(4 * static_cast<int>(set) + l, map.n2);
+                elements[l] = i2 < 0 ? -1 : form.target(map.input(i1, i2));
+                any |= elements[l] >= 0;
+            }
+            if (any)
+                scatterScaled(ar, form.prepare ? form.prepare(y[set][i1], elements) : y[set][i1], elements, scale);
+        }
 }
 
 } // namespace
@@ -116,8 +186,8 @@ std::vector<Signal> inverseSplit(SplitArith& back, const JoinMap& map, const Tra
 void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second)
 {
     const int n = map.n1 * map.n2;
-    const std::vector<Signal> out =
-        forwardSplit(ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n));
+    LaneGroups groups{ar, map, [](int e) { return e; }, "kW" + std::to_string(n), nullptr};
+    const std::vector<Signal> out = stages<DftArith>(ar, groups, first, second);
     const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
     for (size_t block = 0; block < out.size(); ++block) {
         const SectionScope section(ar.graph(), {"scale and stores", "block", static_cast<int>(block)});
@@ -134,108 +204,42 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
 
 void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
 {
-    Graph& g = ar.graph();
     const int m = p - 1;
     const int root = primitiveRoot(p);
-    const std::string prefix = "kW" + std::to_string(m);
-    const Cx x0 = gather(g, {0, -1, -1, -1});
-    std::vector<Signal> U = forwardSplit(ar, map, first, second, [&](int q) { return powMod(root, q, p); }, prefix);
-
-    // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
-    std::optional<SectionScope> section;
-    section.emplace(g, Section{"spectrum products"});
-    const Cx X0 = ar.add(x0, U[0][0]);
-    for (size_t block = 0; block < U.size(); ++block)
-        for (int k2 = 0; k2 < map.n2; ++k2) {
-            std::array<Exact, 4> re{}, im{};
-            for (int l = 0; l < 4; ++l) {
-                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
-                if (k1 >= 0)
-                    spectrumConstant(p, map.output(k1, k2), ar.exponentSign(), re[l], im[l]);
-            }
-            U[block][k2] = ar.mulLanes(U[block][k2], re, im,
-                                       "kD" + std::to_string(p) + "Block" + std::to_string(block) + "Row" +
-                                           std::to_string(k2));
-        }
-    U[0][0] = ar.add(x0, U[0][0]);
-
-    SplitArith back = ar.opposite();
-    section.reset();
-    const std::vector<Signal> y = inverseSplit(back, map, first, second, U, prefix);
-    section.emplace(g, Section{"scale and stores"});
-    const Graph::Value scale = g.scaleArg(Kind::V4F32);
-    scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
-    for (size_t set = 0; set < y.size(); ++set)
-        for (int i1 = 0; i1 < map.n1; ++i1) {
-            std::array<int, 4> elements;
-            for (int l = 0; l < 4; ++l) {
-                const int i2 = inLane(4 * static_cast<int>(set) + l, map.n2);
-                elements[l] = i2 < 0 ? -1 : powMod(root, (m - map.input(i1, i2)) % m, p);
-            }
-            scatterScaled(ar, y[set][i1], elements, scale);
-        }
+    const int sign = ar.exponentSign();
+    LaneForm form;
+    form.source = [=](int q) { return powMod(root, q, p); };
+    form.constant = [=](int k, Exact& re, Exact& im) { spectrumConstant(p, k, sign, re, im); };
+    form.constantName = "kD" + std::to_string(p);
+    form.productSection = "spectrum products";
+    // g^-r = g^(m-r)
+    form.target = [=](int r) { return powMod(root, (m - r) % m, p); };
+    form.rootZero = true;
+    form.storeSection = "scale and stores";
+    buildLaneForm(ar, map, first, second, form);
 }
 
 void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
 {
-    Graph& g = ar.graph();
     const int length = map.n1 * map.n2;
-    const long h = (p + 1) / 2;
+    const int sign = ar.exponentSign();
+    LaneForm form;
+    form.source = [p](int n) { return n < p ? n : -1; };
     // W^(h*n^2) for the four elements of a vector; idle lanes get 1.
-    const auto chirp = [&](Cx v, const std::array<int, 4>& elements) {
+    form.prepare = [&ar, p](Cx v, const std::array<int, 4>& elements) {
         std::array<int, 4> exponents{};
         for (int l = 0; l < 4; ++l)
             if (elements[l] >= 0)
-                exponents[l] = static_cast<int>(h * elements[l] % p * elements[l] % p);
+                exponents[l] = chirpExponent(p, elements[l]);
         const int firstElement = *std::max_element(elements.begin(), elements.end());
         return ar.rotateLanes(v, p, exponents, "kChirp" + std::to_string(firstElement));
     };
-    const std::string prefix = "kW" + std::to_string(length);
-    std::vector<Signal> A = forwardSplit(ar, map, first, second, [p](int n) { return n < p ? n : -1; }, prefix, chirp);
-
-    // B[k] = (1/M) sum over |m| < p of W^(-h*m^2) exp(-2*pi*i*m*k/M), the gap
-    // between m = p-1 and M-(p-1) left empty.
-    const int sign = ar.exponentSign();
-    std::optional<SectionScope> section;
-    section.emplace(g, Section{"products with the chirp spectrum"});
-    for (size_t block = 0; block < A.size(); ++block)
-        for (int k2 = 0; k2 < map.n2; ++k2) {
-            std::array<Exact, 4> re{}, im{};
-            for (int l = 0; l < 4; ++l) {
-                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
-                if (k1 < 0)
-                    continue;
-                const long k = map.output(k1, k2);
-                for (long m = -(p - 1); m <= p - 1; ++m) {
-                    const long num = sign * (-(h * m % p * m % p) * length + m * k * p);
-                    re[l] += cosTurn(num, static_cast<long>(p) * length);
-                    im[l] += sinTurn(num, static_cast<long>(p) * length);
-                }
-                re[l] /= length;
-                im[l] /= length;
-            }
-            A[block][k2] = ar.mulLanes(A[block][k2], re, im,
-                                       "kB" + std::to_string(length) + "Block" + std::to_string(block) + "Row" +
-                                           std::to_string(k2));
-        }
-
-    SplitArith back = ar.opposite();
-    section.reset();
-    const std::vector<Signal> y = inverseSplit(back, map, first, second, A, prefix);
-    section.emplace(g, Section{"chirp, scale and stores"});
-    const Graph::Value scale = g.scaleArg(Kind::V4F32);
-    for (size_t set = 0; set < y.size(); ++set)
-        for (int i1 = 0; i1 < map.n1; ++i1) {
-            std::array<int, 4> elements;
-            bool any = false;
-            for (int l = 0; l < 4; ++l) {
-                const int i2 = inLane(4 * static_cast<int>(set) + l, map.n2);
-                elements[l] = i2 < 0 || map.input(i1, i2) >= p ? -1 : map.input(i1, i2);
-                any |= elements[l] >= 0;
-            }
-            if (any)
-                scatterScaled(ar, chirp(y[set][i1], elements), elements, scale);
-        }
+    form.constant = [=](int k, Exact& re, Exact& im) { chirpConstant(p, length, k, sign, re, im); };
+    form.constantName = "kB" + std::to_string(length);
+    form.productSection = "products with the chirp spectrum";
+    form.target = form.source;
+    form.storeSection = "chirp, scale and stores";
+    buildLaneForm(ar, map, first, second, form);
 }
 
 } // namespace kernelgen
