@@ -78,32 +78,39 @@ Section rowSection(int k1, int n2, int partner) { return {"second stage", "row",
 
 namespace {
 
-// The groups of a join one by one, each twiddled after its transform.
+// The groups of a join one by one, each twiddled after its transform, and
+// the rows across them.
 template <class Arith>
 struct Groups {
     Arith& ar;
     const Signal& x;
     const JoinMap& map;
+    const StageOf<Arith>& firstStage;
+    const StageOf<Arith>& secondStage;
+    std::vector<Signal> y{};
+    std::vector<Signal> rows{};
+    Signal X = Signal(map.n1 * map.n2);
 
-    int count() const { return map.n2; }
+    int firstCount() const { return map.n2; }
     Section firstSection(int i2) const { return groupSection(i2, map.n1); }
-    Section secondSection(int k1) const { return rowSection(k1, map.n2); }
-    Signal input(int i2) const { return map.group(x, i2); }
-    void twiddle(int i2, Signal& y)
+    void runFirst(int i2)
     {
-        for (int k1 = 1; k1 < static_cast<int>(y.size()); ++k1)
+        Signal& out = y.emplace_back(firstStage.on(i2)(ar, map.group(x, i2)));
+        for (int k1 = 1; k1 < static_cast<int>(out.size()); ++k1)
             if (map.twiddle(i2, k1) % map.twiddleDen != 0)
-                y[k1] = ar.rotate(y[k1], map.twiddleDen, map.twiddle(i2, k1));
+                out[k1] = ar.rotate(out[k1], map.twiddleDen, map.twiddle(i2, k1));
     }
-    // Row k1 of the outputs: element k1 of every group.
-    std::vector<Signal> turn(std::vector<Signal> y) const
+    // Row k1: element k1 of every group.
+    void turn()
     {
-        std::vector<Signal> rows(y[0].size(), Signal(map.n2));
+        rows.assign(y[0].size(), Signal(map.n2));
         for (size_t k1 = 0; k1 < rows.size(); ++k1)
             for (int i2 = 0; i2 < map.n2; ++i2)
                 rows[k1][i2] = y[i2][k1];
-        return rows;
     }
+    int secondCount() const { return static_cast<int>(rows.size()); }
+    Section secondSection(int k1) const { return rowSection(k1, map.n2); }
+    void runSecond(int k1) { map.placeRow(X, k1, secondStage.on(k1)(ar, rows[k1])); }
 };
 
 } // namespace
@@ -112,17 +119,13 @@ template <class Arith>
 Signal join(Arith& ar, const Signal& x, const JoinMap& map, const std::type_identity_t<StageOf<Arith>>& first,
             const std::type_identity_t<StageOf<Arith>>& second)
 {
-    const int n = map.n1 * map.n2;
-    if (static_cast<int>(x.size()) != n)
+    if (static_cast<int>(x.size()) != map.n1 * map.n2)
         throw std::logic_error("join of the wrong length");
     if (first.leadingGroups > map.n2 || second.leadingGroups > map.n1)
         throw std::logic_error("more leading groups than the stage has");
-    Groups<Arith> groups{ar, x, map};
-    const std::vector<Signal> out = stages(ar, groups, first, second);
-    Signal X(n);
-    for (size_t k1 = 0; k1 < out.size(); ++k1)
-        map.placeRow(X, static_cast<int>(k1), out[k1]);
-    return X;
+    Groups<Arith> groups{ar, x, map, first, second};
+    stages(ar.graph(), groups);
+    return groups.X;
 }
 
 template Signal join<DftArith>(DftArith&, const Signal&, const JoinMap&, const Stage&, const Stage&);

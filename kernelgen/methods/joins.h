@@ -65,35 +65,27 @@ using Stage = StageOf<DftArith>;
 Section groupSection(int i2, int n1, int partner = -1);
 Section rowSection(int k1, int n2, int partner = -1);
 
-// The two stages of a join and the turn between them, in any form of the
-// values: `units` is what a transform of a stage runs on (a group, or the
-// four groups in the lanes of a vector set). `Units` gives
-//   int count() const;                      the first stage's units
-//   Section firstSection(int u) const;
-//   Section secondSection(int u) const;
-//   Signal input(int u);                    a first-stage unit's input,
-//                                           loaded within its section
-//   void twiddle(int u, Signal& y);         on the unit's outputs, within it
-//   std::vector<Signal> turn(std::vector<Signal> y);
-//                                           the second stage's inputs
-// and the second stage's outputs come back by unit.
-template <class Arith, class Units>
-std::vector<Signal> stages(Arith& ar, Units& units, const std::type_identity_t<StageOf<Arith>>& first,
-                           const std::type_identity_t<StageOf<Arith>>& second)
+// The two stages of a join and the turn between them, written once for
+// every form of the values. `units` says what one transform of a stage runs
+// on (a group; a partner pair of groups; four groups in the lanes of a
+// vector set) and runs it, keeping the values between the steps:
+//   int firstCount() const;  Section firstSection(int u) const;
+//   void runFirst(int u);    the unit's loads, transform and twiddles
+//   void turn();             the second stage's units from the first's
+//   int secondCount() const; Section secondSection(int u) const;
+//   void runSecond(int u);   the unit's transform, its outputs in place
+template <class Units>
+void stages(Graph& g, Units& units)
 {
-    std::vector<Signal> y(units.count());
-    for (int u = 0; u < units.count(); ++u) {
-        const SectionScope section(ar.graph(), units.firstSection(u));
-        y[u] = first.on(u)(ar, units.input(u));
-        units.twiddle(u, y[u]);
+    for (int u = 0; u < units.firstCount(); ++u) {
+        const SectionScope section(g, units.firstSection(u));
+        units.runFirst(u);
     }
-    const std::vector<Signal> rows = units.turn(std::move(y));
-    std::vector<Signal> out(rows.size());
-    for (size_t u = 0; u < rows.size(); ++u) {
-        const SectionScope section(ar.graph(), units.secondSection(static_cast<int>(u)));
-        out[u] = second.on(static_cast<int>(u))(ar, rows[u]);
+    units.turn();
+    for (int u = 0; u < units.secondCount(); ++u) {
+        const SectionScope section(g, units.secondSection(u));
+        units.runSecond(u);
     }
-    return out;
 }
 
 // Length-n1 transforms on the groups, twiddles, length-n2 transforms across

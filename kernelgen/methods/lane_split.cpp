@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "layout/lanes32.h"
@@ -53,14 +52,18 @@ using Prepare = std::function<Cx(Cx, const std::array<int, 4>&)>;
 struct LaneGroups {
     SplitArith& ar;
     const JoinMap& map;
+    const Transform& firstStage;
+    const Transform& secondStage;
     std::function<int(int)> source;
     std::string prefix;
     Prepare prepare;
+    std::vector<Signal> y{};
+    std::vector<Signal> rows{};
+    std::vector<Signal> out{};
 
-    int count() const { return (map.n2 + 3) / 4; }
+    int firstCount() const { return (map.n2 + 3) / 4; }
     Section firstSection(int set) const { return laneSection("first stage", "groups", set, map.n2, map.n1); }
-    Section secondSection(int block) const { return laneSection("second stage", "rows", block, map.n1, map.n2); }
-    Signal input(int set) const
+    void runFirst(int set)
     {
         Signal column(map.n1);
         for (int i1 = 0; i1 < map.n1; ++i1) {
@@ -71,17 +74,19 @@ struct LaneGroups {
             if (prepare)
                 column[i1] = prepare(column[i1], elements);
         }
-        return column;
+        y.push_back(firstStage(ar, column));
     }
-    void twiddle(int, Signal&) const {}
-    std::vector<Signal> turn(const std::vector<Signal>& y) const
+    void turn()
     {
         const SectionScope section(ar.graph(), {"transposes and twiddles"});
-        std::vector<Signal> rows = transposeSets(ar, y, map.n1);
+        rows = transposeSets(ar, y, map.n1);
         twiddleRows(ar, map, rows, prefix);
-        for (Signal& row : rows)
-            row.resize(map.n2);
-        return rows;
+    }
+    int secondCount() const { return static_cast<int>(rows.size()); }
+    Section secondSection(int block) const { return laneSection("second stage", "rows", block, map.n1, map.n2); }
+    void runSecond(int block)
+    {
+        out.push_back(secondStage(ar, Signal(rows[block].begin(), rows[block].begin() + map.n2)));
     }
 };
 
@@ -90,30 +95,36 @@ struct LaneGroups {
 // split with conjugate constants, built here stage by stage because the
 // lane patterns of the 32fc layout are their own adjoints in pairs
 // (transposes), which the generic adjoint does not know. Its outputs are
-// y[set][i1], lanes i2 = 4*set+l, the inverse transform's output
+// out[set][i1], lanes i2 = 4*set+l, the inverse transform's output
 // input(i1, i2).
 struct LaneRows {
     SplitArith& back;
     const JoinMap& map;
+    const Transform& firstStage;
+    const Transform& secondStage;
     const std::vector<Signal>& spectrum;
     std::string prefix;
+    std::vector<Signal> rows{};
+    std::vector<Signal> columns{};
+    std::vector<Signal> out{};
 
-    int count() const { return static_cast<int>(spectrum.size()); }
+    int firstCount() const { return static_cast<int>(spectrum.size()); }
     Section firstSection(int block) const
     {
         return laneSection("inverse second stage", "rows", block, map.n1, map.n2);
     }
-    Section secondSection(int set) const { return laneSection("inverse first stage", "groups", set, map.n2, map.n1); }
-    Signal input(int block) const { return spectrum[block]; }
-    void twiddle(int, Signal&) const {}
-    std::vector<Signal> turn(std::vector<Signal> rows) const
+    void runFirst(int block) { rows.push_back(secondStage(back, spectrum[block])); }
+    void turn()
     {
         const SectionScope section(back.graph(), {"conjugate twiddles and transposes"});
         twiddleRows(back, map, rows, prefix);
-        std::vector<Signal> columns = transposeSets(back, rows, map.n2);
-        for (Signal& column : columns)
-            column.resize(map.n1);
-        return columns;
+        columns = transposeSets(back, rows, map.n2);
+    }
+    int secondCount() const { return static_cast<int>(columns.size()); }
+    Section secondSection(int set) const { return laneSection("inverse first stage", "groups", set, map.n2, map.n1); }
+    void runSecond(int set)
+    {
+        out.push_back(firstStage(back, Signal(columns[set].begin(), columns[set].begin() + map.n1)));
     }
 };
 
@@ -137,33 +148,36 @@ void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, c
     Graph& g = ar.graph();
     const std::string prefix = "kW" + std::to_string(map.n1 * map.n2);
     const Cx x0 = form.rootZero ? gather(g, {0, -1, -1, -1}) : Cx{};
-    LaneGroups groups{ar, map, form.source, prefix, form.prepare};
-    std::vector<Signal> U = stages<DftArith>(ar, groups, first, second);
+    LaneGroups groups{ar, map, first, second, form.source, prefix, form.prepare};
+    stages(g, groups);
+    std::vector<Signal>& U = groups.out;
 
     // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
-    std::optional<SectionScope> section;
-    section.emplace(g, Section{form.productSection});
-    const Cx X0 = form.rootZero ? ar.add(x0, U[0][0]) : Cx{};
-    for (size_t block = 0; block < U.size(); ++block)
-        for (int k2 = 0; k2 < map.n2; ++k2) {
-            std::array<Exact, 4> re{}, im{};
-            for (int l = 0; l < 4; ++l) {
-                const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
-                if (k1 >= 0)
-                    form.constant(map.output(k1, k2), re[l], im[l]);
+    Cx X0{};
+    {
+        const SectionScope section(g, Section{form.productSection});
+        if (form.rootZero)
+            X0 = ar.add(x0, U[0][0]);
+        for (size_t block = 0; block < U.size(); ++block)
+            for (int k2 = 0; k2 < map.n2; ++k2) {
+                std::array<Exact, 4> re{}, im{};
+                for (int l = 0; l < 4; ++l) {
+                    const int k1 = inLane(4 * static_cast<int>(block) + l, map.n1);
+                    if (k1 >= 0)
+                        form.constant(map.output(k1, k2), re[l], im[l]);
+                }
+                U[block][k2] = ar.mulLanes(U[block][k2], re, im,
+                                           form.constantName + "Block" + std::to_string(block) + "Row" +
+                                               std::to_string(k2));
             }
-            U[block][k2] = ar.mulLanes(U[block][k2], re, im,
-                                       form.constantName + "Block" + std::to_string(block) + "Row" +
-                                           std::to_string(k2));
-        }
-    if (form.rootZero)
-        U[0][0] = ar.add(x0, U[0][0]);
-
+        if (form.rootZero)
+            U[0][0] = ar.add(x0, U[0][0]);
+    }
     SplitArith back = ar.opposite();
-    section.reset();
-    LaneRows rows{back, map, U, prefix};
-    const std::vector<Signal> y = stages<DftArith>(back, rows, second, first);
-    section.emplace(g, Section{form.storeSection});
+    LaneRows rows{back, map, first, second, U, prefix};
+    stages(g, rows);
+    const std::vector<Signal>& y = rows.out;
+    const SectionScope section(g, Section{form.storeSection});
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     if (form.rootZero)
         scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
@@ -186,8 +200,9 @@ void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, c
 void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second)
 {
     const int n = map.n1 * map.n2;
-    LaneGroups groups{ar, map, [](int e) { return e; }, "kW" + std::to_string(n), nullptr};
-    const std::vector<Signal> out = stages<DftArith>(ar, groups, first, second);
+    LaneGroups groups{ar, map, first, second, [](int e) { return e; }, "kW" + std::to_string(n), nullptr};
+    stages(ar.graph(), groups);
+    const std::vector<Signal>& out = groups.out;
     const Graph::Value scale = ar.graph().scaleArg(Kind::V4F32);
     for (size_t block = 0; block < out.size(); ++block) {
         const SectionScope section(ar.graph(), {"scale and stores", "block", static_cast<int>(block)});

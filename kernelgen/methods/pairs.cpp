@@ -140,6 +140,18 @@ struct JoinIndex {
                 return false;
         return true;
     }
+    // The groups i2 whose partner group is i2 or a later one.
+    std::vector<int> lowerGroups() const
+    {
+        std::vector<int> lower;
+        for (int i2 = 0; i2 < map.n2; ++i2) {
+            int i2n = 0;
+            groupSkew(i2, i2n);
+            if (i2n >= i2)
+                lower.push_back(i2);
+        }
+        return lower;
+    }
     // Group i2's partner group holds the partner of element i1 at position
     // -i1 - skew. The skew, or -1 if the partners do not lie so.
     int groupSkew(int i2, int& partnerGroup) const
@@ -202,36 +214,53 @@ void pairedRows(DftArith& ar, PairedOutput& X, const JoinMap& map, int k1, int s
     }
 }
 
-PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, const Method& first,
-                           const Method& second)
-{
-    const JoinIndex index(map);
-    const int n1 = map.n1, n2 = map.n2, n = index.n;
-    std::vector<PairedOutput> Y;
-    std::vector<Signal> closedY;
-    for (int i2 = 0; i2 < n2; ++i2) {
-        const SectionScope section(ar.graph(), groupSection(i2, n1));
-        Y.push_back(first.pairedOut(ar, map.group(x, i2)));
+// A join whose outputs keep partner pairs open: the groups one by one,
+// then the rows in partner pairs (k1, n1-k1), each pair of rows as one
+// unit.
+struct PairsOut {
+    DftArith& ar;
+    const Signal& x;
+    const JoinMap& map;
+    const Method& firstStage;
+    const Method& secondStage;
+    JoinIndex index{map};
+    std::vector<PairedOutput> Y{};
+    std::vector<Signal> closedY{};
+    std::vector<int> lowerRows{};
+    PairedOutput X = PairedOutput(map.n1 * map.n2);
+
+    int firstCount() const { return map.n2; }
+    Section firstSection(int i2) const { return groupSection(i2, map.n1); }
+    void runFirst(int i2)
+    {
+        Y.push_back(firstStage.pairedOut(ar, map.group(x, i2)));
         closedY.push_back(close(ar, Y.back())); // left unused where the pairs stay open
     }
-    PairedOutput X(n);
-    const auto plainRow = [&](int k1) {
-        Signal row(n2);
-        for (int i2 = 0; i2 < n2; ++i2)
+    void turn()
+    {
+        for (int k1 = 0; k1 < map.n1; ++k1)
+            if (mod(-k1, map.n1) >= k1)
+                lowerRows.push_back(k1);
+    }
+    int secondCount() const { return static_cast<int>(lowerRows.size()); }
+    Section secondSection(int u) const { return rowSection(lowerRows[u], map.n2, mod(-lowerRows[u], map.n1)); }
+    void plainRow(int k1)
+    {
+        Signal row(map.n2);
+        for (int i2 = 0; i2 < map.n2; ++i2)
             row[i2] = ar.rotate(closedY[i2][k1], map.twiddleDen, map.twiddle(i2, k1));
-        map.placeRow(X.bin, k1, second.plain(ar, row));
-    };
-    for (int k1 = 0; k1 < n1; ++k1) {
-        const int k1n = mod(-k1, n1);
-        if (k1n < k1)
-            continue;
-        const SectionScope section(ar.graph(), rowSection(k1, n2, k1n));
+        map.placeRow(X.bin, k1, secondStage.plain(ar, row));
+    }
+    void runSecond(int u)
+    {
+        const int n1 = map.n1, n2 = map.n2, n = index.n;
+        const int k1 = lowerRows[u], k1n = mod(-k1, n1);
         const int shift = index.rowShift(k1);
         if (k1n == k1 && index.twiddleFree(k1)) {
             Signal row(n2);
             for (int i2 = 0; i2 < n2; ++i2)
                 row[i2] = Y[i2].bin[k1];
-            const PairedOutput R = second.pairedOut(ar, row);
+            const PairedOutput R = secondStage.pairedOut(ar, row);
             for (int k2 = 0; k2 < n2; ++k2) {
                 const int o = map.output(k1, k2);
                 if (mod(-o, n) != map.output(k1, mod(-k2, n2)))
@@ -241,7 +270,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
                 else
                     X.bin[o] = R.bin[k2];
             }
-            continue;
+            return;
         }
         bool open = shift >= 0;
         for (int i2 = 0; i2 < n2 && k1n != k1; ++i2)
@@ -250,7 +279,7 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
             plainRow(k1);
             if (k1n != k1)
                 plainRow(k1n);
-            continue;
+            return;
         }
         // A row that is its own partner through its twiddles: its inputs
         // are the halves with empty differences.
@@ -269,37 +298,54 @@ PairedOutput joinPairedOut(DftArith& ar, const Signal& x, const JoinMap& map, co
                 B[i2] = Diff{AB.second, AB.second};
             }
         }
-        pairedRows(ar, X, map, k1, shift, A, B, second);
+        pairedRows(ar, X, map, k1, shift, A, B, secondStage);
     }
-    return X;
-}
+};
 
-Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, const Method& first,
-                    const Method& second)
-{
-    const JoinIndex index(map);
-    const int n1 = map.n1, n2 = map.n2, n = index.n;
+// A join whose inputs come as bins or partner sums and differences: the
+// groups with their partner groups (one unit each pair), then the rows.
+struct PairsIn {
+    DftArith& ar;
+    const PairedInput& in;
+    const JoinMap& map;
+    const Method& firstStage;
+    const Method& secondStage;
+    JoinIndex index{map};
+    std::vector<int> lowerGroups = index.lowerGroups();
     // Row k1's input i2, or for a pair of partner groups taken together the
     // row's sum and difference at the lower group.
-    std::vector<Signal> rowBin(n1, Signal(n2));
-    std::vector<std::map<int, SumDif>> rowPair(n1);
-    const auto plainGroup = [&](int i2) {
-        Signal group(n1);
-        for (int i1 = 0; i1 < n1; ++i1)
+    std::vector<Signal> rowBin = std::vector<Signal>(map.n1, Signal(map.n2));
+    std::vector<std::map<int, SumDif>> rowPair = std::vector<std::map<int, SumDif>>(map.n1);
+    Signal X = Signal(map.n1 * map.n2);
+
+    int firstCount() const { return static_cast<int>(lowerGroups.size()); }
+    Section firstSection(int u) const
+    {
+        int i2n = 0;
+        index.groupSkew(lowerGroups[u], i2n);
+        return groupSection(lowerGroups[u], map.n1, i2n);
+    }
+    Signal plainGroup(int i2)
+    {
+        Signal group(map.n1);
+        for (int i1 = 0; i1 < map.n1; ++i1)
             group[i1] = in.bin(map.input(i1, i2));
-        return first.plain(ar, group);
-    };
-    const auto setRows = [&](int i2, const Signal& Y) {
-        for (int k1 = 0; k1 < n1; ++k1)
+        return firstStage.plain(ar, group);
+    }
+    void setRows(int i2, const Signal& Y)
+    {
+        for (int k1 = 0; k1 < map.n1; ++k1)
             rowBin[k1][i2] = ar.rotate(Y[k1], map.twiddleDen, map.twiddle(i2, k1));
-    };
+    }
     // Group i2 holds (s + t)/2 and its partner group (s - t)/2 reversed,
     // s and t the sums and differences of the partners: transform s and t
     // with their pairs open, and the halves cancel in the rows' sums and
     // differences of the two groups. A group that is its own partner
     // through a skew takes one member of each pair, the other member zero,
     // and keeps the sum alone.
-    const auto sumsAndDifferences = [&](int i2, int skew, bool alone) {
+    void sumsAndDifferences(int i2, int skew, bool alone)
+    {
+        const int n1 = map.n1;
         Signal s(n1), t(n1);
         for (int i1 = 0; i1 < n1; ++i1) {
             const int partner = mod(-i1 - skew, n1);
@@ -314,7 +360,7 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
                 t[i1] = st.dif;
             }
         }
-        const PairedOutput FS = first.pairedOut(ar, s), FT = first.pairedOut(ar, t);
+        const PairedOutput FS = firstStage.pairedOut(ar, s), FT = firstStage.pairedOut(ar, t);
         for (int k1 = 0; k1 < n1; ++k1) {
             Cx u = halfOrBin(FS, k1), v = halfOrBin(FT, k1);
             if (!selfPartner(k1, n1)) {
@@ -327,18 +373,17 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
             else
                 rowPair[k1][i2] = SumDif{sd.first, sd.second};
         }
-    };
-    for (int i2 = 0; i2 < n2; ++i2) {
+    }
+    void runFirst(int u)
+    {
+        const int i2 = lowerGroups[u];
         int i2n = 0;
         const int skew = index.groupSkew(i2, i2n);
-        if (i2n < i2)
-            continue;
-        const SectionScope section(ar.graph(), groupSection(i2, n1, i2n));
         if (i2n == i2 && skew == 0) {
-            const PairedInput group{n1, [&, i2](int i1) { return in.bin(map.input(i1, i2)); },
-                                    [&, i2](int i1) { return in.pair(map.input(i1, i2)); }};
-            setRows(i2, first.pairedIn(ar, group));
-        } else if (index.groupsTogether(i2, first, second)) {
+            const PairedInput group{map.n1, [this, i2](int i1) { return in.bin(map.input(i1, i2)); },
+                                    [this, i2](int i1) { return in.pair(map.input(i1, i2)); }};
+            setRows(i2, firstStage.pairedIn(ar, group));
+        } else if (index.groupsTogether(i2, firstStage, secondStage)) {
             sumsAndDifferences(i2, skew, i2n == i2);
         } else {
             setRows(i2, plainGroup(i2));
@@ -346,9 +391,12 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
                 setRows(i2n, plainGroup(i2n));
         }
     }
-    Signal X(n);
-    for (int k1 = 0; k1 < n1; ++k1) {
-        const SectionScope section(ar.graph(), rowSection(k1, n2));
+    void turn() {}
+    int secondCount() const { return map.n1; }
+    Section secondSection(int k1) const { return rowSection(k1, map.n2); }
+    void runSecond(int k1)
+    {
+        const int n2 = map.n2;
         const Signal& bins = rowBin[k1];
         const std::map<int, SumDif>& pairs = rowPair[k1];
         const PairedInput row{
@@ -365,10 +413,9 @@ Signal joinPairedIn(DftArith& ar, const PairedInput& in, const JoinMap& map, con
                     return SumDif{ar.add(bins[i2], bins[i2n]), ar.sub(bins[i2], bins[i2n])};
                 return i2 < i2n ? found->second : SumDif{found->second.sum, ComplexArith::neg(found->second.dif)};
             }};
-        map.placeRow(X, k1, second.pairedIn(ar, row));
+        map.placeRow(X, k1, secondStage.pairedIn(ar, row));
     }
-    return X;
-}
+};
 
 } // namespace
 
@@ -405,8 +452,16 @@ Method joinMethod(const JoinMap& map, const Method& first, const Method& second)
 {
     Method m;
     m.plain = [=](DftArith& ar, const Signal& x) { return join(ar, x, map, first, second); };
-    m.pairedOut = [=](DftArith& ar, const Signal& x) { return joinPairedOut(ar, x, map, first, second); };
-    m.pairedIn = [=](DftArith& ar, const PairedInput& in) { return joinPairedIn(ar, in, map, first, second); };
+    m.pairedOut = [=](DftArith& ar, const Signal& x) {
+        PairsOut join{ar, x, map, first, second};
+        stages(ar.graph(), join);
+        return join.X;
+    };
+    m.pairedIn = [=](DftArith& ar, const PairedInput& in) {
+        PairsIn join{ar, in, map, first, second};
+        stages(ar.graph(), join);
+        return join.X;
+    };
     const JoinIndex index(map);
     bool rowsPaired = true, groupsPaired = true;
     for (int k1 = 0; k1 < map.n1; ++k1)
