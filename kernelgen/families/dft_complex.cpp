@@ -256,9 +256,9 @@ Graph build32(int size, Direction direction, const Road& road)
     const JoinMap map = mapOf(split);
     const Transform first = methodOf(*split.stages[0].road).plain, second = methodOf(*split.stages[1].road).plain;
     if (road.method == RoadMethod::Convolution)
-        buildLaneConvolution(ar, size, map, first, second);
+        buildLaneForm(ar, map, first, second, convolutionForm(size, ar.exponentSign()));
     else if (road.method == RoadMethod::Chirp)
-        buildLaneChirp(ar, size, map, first, second);
+        buildLaneForm(ar, map, first, second, chirpForm(size, map.n1 * map.n2, ar.exponentSign()));
     else
         buildLaneSplit(ar, map, first, second);
     return g;

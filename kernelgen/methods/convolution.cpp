@@ -7,6 +7,8 @@
 
 namespace kernelgen {
 
+namespace {
+
 int powMod(int base, int exponent, int p)
 {
     int r = 1;
@@ -53,12 +55,6 @@ void spectrumConstant(int p, int k, int sign, Exact& re, Exact& im)
         im = 0;
 }
 
-int chirpExponent(int p, int n)
-{
-    const long h = (p + 1) / 2;
-    return static_cast<int>(h * n % p * n % p);
-}
-
 void chirpConstant(int p, int length, long k, int sign, Exact& re, Exact& im)
 {
     const long h = (p + 1) / 2;
@@ -72,26 +68,49 @@ void chirpConstant(int p, int length, long k, int sign, Exact& re, Exact& im)
     im /= length;
 }
 
-std::string spectrumName(int p, int k) { return "kD" + std::to_string(p) + "Bin" + std::to_string(k); }
+} // namespace
 
-Signal rootOrder(const Signal& x)
+SpectrumForm convolutionForm(int p, int sign)
 {
-    const int p = static_cast<int>(x.size());
+    const int m = p - 1;
     const int g = primitiveRoot(p);
-    Signal u(p - 1);
-    for (int q = 0; q < p - 1; ++q)
-        u[q] = x[powMod(g, q, p)];
-    return u;
+    SpectrumForm form;
+    form.p = p;
+    form.source = [=](int q) { return powMod(g, q, p); };
+    form.constant = [=](int k, Exact& re, Exact& im) { spectrumConstant(p, k, sign, re, im); };
+    form.constantName = "kD" + std::to_string(p);
+    // g^-r = g^(m-r)
+    form.target = [=](int r) { return powMod(g, (m - r) % m, p); };
+    form.rootZero = true;
+    return form;
+}
+
+SpectrumForm chirpForm(int p, int length, int sign)
+{
+    SpectrumForm form;
+    form.p = p;
+    form.source = [p](int n) { return n < p ? n : -1; };
+    form.constant = [=](int k, Exact& re, Exact& im) { chirpConstant(p, length, k, sign, re, im); };
+    form.constantName = "kB" + std::to_string(length);
+    form.target = form.source;
+    form.chirp = [p](int n) {
+        const long h = (p + 1) / 2;
+        return static_cast<int>(h * n % p * n % p);
+    };
+    return form;
 }
 
 Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
-    const int g = primitiveRoot(p);
+    const SpectrumForm form = convolutionForm(p, ar.exponentSign());
+    Signal u(m);
+    for (int q = 0; q < m; ++q)
+        u[q] = x[form.source(q)];
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), Section{"size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
-    const PairedOutput U = inner.pairedOut(ar, rootOrder(x));
+    const PairedOutput U = inner.pairedOut(ar, u);
     const Signal closedU = close(ar, U); // left unused where the pairs stay open
     section.reset();
     Signal X(p);
@@ -101,8 +120,8 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
     const auto bin = [&](int k) {
         if (!bins.count(k)) {
             Exact re, im;
-            spectrumConstant(p, k, ar.exponentSign(), re, im);
-            const Cx product = ar.mulComplex(closedU[k], re, im, spectrumName(p, k));
+            form.constant(k, re, im);
+            const Cx product = ar.mulComplex(closedU[k], re, im, form.constantName + "Bin" + std::to_string(k));
             bins[k] = k == 0 ? ar.add(x[0], product) : product;
         }
         return bins[k];
@@ -116,8 +135,8 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
         if (!pairs.count(lower)) {
             if (U.open[lower]) {
                 Exact re, im;
-                spectrumConstant(p, lower, ar.exponentSign(), re, im);
-                const std::string name = spectrumName(p, lower) + "Twice";
+                form.constant(lower, re, im);
+                const std::string name = form.constantName + "Bin" + std::to_string(lower) + "Twice";
                 // A difference that is a product leaves its factor to the
                 // constants it meets.
                 const Cx h = U.half[lower];
@@ -149,9 +168,8 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
     // The products are made where the inverse transform asks for them.
     section.emplace(ar.graph(), Section{"spectrum products and the inverse size-" + std::to_string(m) + " transform"});
     const Signal y = inner.pairedIn(*back, PairedInput{m, bin, pair});
-    // g^-r = g^(m-r)
     for (int r = 0; r < m; ++r)
-        X[powMod(g, (m - r) % m, p)] = y[r];
+        X[form.target(r)] = y[r];
     return X;
 }
 

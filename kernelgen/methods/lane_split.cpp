@@ -128,34 +128,33 @@ struct LaneRows {
     }
 };
 
-// A form that multiplies a spectrum across the lanes (the convolution and
-// chirp forms): the forward split of the loaded inputs, one constant per
-// bin, the adjoint split, the stores.
-struct LaneForm {
-    std::function<int(int)> source;  // element e of the transform's input is x[source(e)] (-1: zero)
-    Prepare prepare;                 // on each loaded vector, and again before its store
-    std::function<void(int k, Exact& re, Exact& im)> constant; // bin k's
-    std::string constantName;
-    std::string productSection;
-    std::function<int(int)> target;  // output r of the adjoint split goes to X[target(r)] (-1: none)
-    bool rootZero = false;           // x[0] beside the transform (the convolution form)
-    std::string storeSection;
-};
+} // namespace
 
 void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second,
-                   const LaneForm& form)
+                   const SpectrumForm& form)
 {
     Graph& g = ar.graph();
     const std::string prefix = "kW" + std::to_string(map.n1 * map.n2);
     const Cx x0 = form.rootZero ? gather(g, {0, -1, -1, -1}) : Cx{};
-    LaneGroups groups{ar, map, first, second, form.source, prefix, form.prepare};
+    // W_p^chirp(n) for the four elements of a vector; idle lanes get 1.
+    Prepare chirp;
+    if (form.chirp)
+        chirp = [&](Cx v, const std::array<int, 4>& elements) {
+            std::array<int, 4> exponents{};
+            for (int l = 0; l < 4; ++l)
+                if (elements[l] >= 0)
+                    exponents[l] = form.chirp(elements[l]);
+            const int firstElement = *std::max_element(elements.begin(), elements.end());
+            return ar.rotateLanes(v, form.p, exponents, "kChirp" + std::to_string(firstElement));
+        };
+    LaneGroups groups{ar, map, first, second, form.source, prefix, chirp};
     stages(g, groups);
     std::vector<Signal>& U = groups.out;
 
     // Bin 0 is lane 0 of U[0][0]; x0 has zeros in the other lanes.
     Cx X0{};
     {
-        const SectionScope section(g, Section{form.productSection});
+        const SectionScope section(g, Section{chirp ? "products with the chirp spectrum" : "spectrum products"});
         if (form.rootZero)
             X0 = ar.add(x0, U[0][0]);
         for (size_t block = 0; block < U.size(); ++block)
@@ -177,7 +176,7 @@ void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, c
     LaneRows rows{back, map, first, second, U, prefix};
     stages(g, rows);
     const std::vector<Signal>& y = rows.out;
-    const SectionScope section(g, Section{form.storeSection});
+    const SectionScope section(g, Section{chirp ? "chirp, scale and stores" : "scale and stores"});
     const Graph::Value scale = g.scaleArg(Kind::V4F32);
     if (form.rootZero)
         scatterScaled(ar, X0, {0, -1, -1, -1}, scale);
@@ -191,11 +190,9 @@ void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, c
                 any |= elements[l] >= 0;
             }
             if (any)
-                scatterScaled(ar, form.prepare ? form.prepare(y[set][i1], elements) : y[set][i1], elements, scale);
+                scatterScaled(ar, chirp ? chirp(y[set][i1], elements) : y[set][i1], elements, scale);
         }
 }
-
-} // namespace
 
 void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second)
 {
@@ -215,46 +212,6 @@ void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, 
             scatterScaled(ar, out[block][k2], elements, scale);
         }
     }
-}
-
-void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
-{
-    const int m = p - 1;
-    const int root = primitiveRoot(p);
-    const int sign = ar.exponentSign();
-    LaneForm form;
-    form.source = [=](int q) { return powMod(root, q, p); };
-    form.constant = [=](int k, Exact& re, Exact& im) { spectrumConstant(p, k, sign, re, im); };
-    form.constantName = "kD" + std::to_string(p);
-    form.productSection = "spectrum products";
-    // g^-r = g^(m-r)
-    form.target = [=](int r) { return powMod(root, (m - r) % m, p); };
-    form.rootZero = true;
-    form.storeSection = "scale and stores";
-    buildLaneForm(ar, map, first, second, form);
-}
-
-void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second)
-{
-    const int length = map.n1 * map.n2;
-    const int sign = ar.exponentSign();
-    LaneForm form;
-    form.source = [p](int n) { return n < p ? n : -1; };
-    // W^(h*n^2) for the four elements of a vector; idle lanes get 1.
-    form.prepare = [&ar, p](Cx v, const std::array<int, 4>& elements) {
-        std::array<int, 4> exponents{};
-        for (int l = 0; l < 4; ++l)
-            if (elements[l] >= 0)
-                exponents[l] = chirpExponent(p, elements[l]);
-        const int firstElement = *std::max_element(elements.begin(), elements.end());
-        return ar.rotateLanes(v, p, exponents, "kChirp" + std::to_string(firstElement));
-    };
-    form.constant = [=](int k, Exact& re, Exact& im) { chirpConstant(p, length, k, sign, re, im); };
-    form.constantName = "kB" + std::to_string(length);
-    form.productSection = "products with the chirp spectrum";
-    form.target = form.source;
-    form.storeSection = "chirp, scale and stores";
-    buildLaneForm(ar, map, first, second, form);
 }
 
 } // namespace kernelgen

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "arith/split_arith.h"
+#include "methods/convolution.h"
 #include "methods/joins.h"
 
 namespace kernelgen {
@@ -19,19 +20,16 @@ namespace kernelgen {
 //     product by the scale, whole where its four elements are consecutive.
 void buildLaneSplit(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second);
 
-// The convolution form of the prime p across the lanes of the size-m split
-// `map`: the forward split as above on u[q] = x[g^q], the spectrum constants
-// one per lane, then its adjoint (inverse second stage, conjugate twiddles,
-// transposes back, inverse first stage), which leaves y[r] in the lanes
-// where u[r] was loaded, stored to X[g^-r]. x[0] rides in lane 0 of the
-// vector holding bin 0.
-void buildLaneConvolution(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second);
-
-// The chirp form of the prime p over the length M = n1*n2 of the twiddled
-// split `map`: a[n] = x[n] W^(h n^2) (h = (p+1)/2) on the loaded vectors,
-// the forward split with the zero tail a[p..M-1] pruned, the constants B[k]
-// one per lane, the adjoint split of which only outputs 0..p-1 are kept,
-// the same chirp again, then the scale as a step of its own.
-void buildLaneChirp(SplitArith& ar, int p, const JoinMap& map, const Transform& first, const Transform& second);
+// A form that multiplies a spectrum (the convolution or chirp form of a
+// prime) across the lanes of the split `map` of its transform: the forward
+// split as above on the inputs x[source(e)], with the chirp on the loaded
+// vectors, the constants one per lane, then its adjoint (inverse second
+// stage, conjugate twiddles, transposes back, inverse first stage), which
+// leaves output r in the lanes where input r was loaded, stored to
+// X[target(r)] after the chirp again. x[0] of the convolution form rides in
+// lane 0 of the vector holding bin 0. The chirp form's zero tail is pruned,
+// and its scale is a step of its own.
+void buildLaneForm(SplitArith& ar, const JoinMap& map, const Transform& first, const Transform& second,
+                   const SpectrumForm& form);
 
 } // namespace kernelgen

@@ -276,10 +276,14 @@ RealTransform oddBinsOfHalf(const RealTransform& forward)
 
 Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& forward, const RealTransform& back)
 {
-    const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2, g = primitiveRoot(p);
+    const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2;
+    const SpectrumForm form = convolutionForm(p, ar.exponentSign());
+    Signal u(m);
+    for (int q = 0; q < m; ++q)
+        u[q] = x[form.source(q)];
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), Section{"real size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
-    const Signal U = forward(ar, rootOrder(x));
+    const Signal U = forward(ar, u);
     HalfSpectrum X(p);
     X.set(0, ar.add(x[0], U[0]));
 
@@ -289,8 +293,8 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
     Signal even(n / 2 + 1), odd((n + 1) / 2);
     for (int k = 0; k <= n; ++k) {
         Exact re, im;
-        spectrumConstant(p, k, ar.exponentSign(), re, im);
-        std::string name = spectrumName(p, k);
+        form.constant(k, re, im);
+        std::string name = form.constantName + "Bin" + std::to_string(k);
         if (k > 0 && k < n) {
             re *= 2;
             im *= 2;
@@ -320,9 +324,9 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
     section.emplace(ar.graph(),
                     Section{"adjoint of the real size-" + std::to_string(m) + " transform, odd bins: the imaginary parts"});
     const Signal imag = adjointBlock(ar, oddBinsOfHalf(back), n, odd);
-    // g^-r = g^(m-r); the outputs r >= m/2 are the conjugates of these.
+    // The outputs X[g^-r], r >= m/2, are the conjugates of these.
     for (int r = 0; r < n; ++r)
-        X.set(powMod(g, (m - r) % m, p), Cx{re[r].re, imag[r].re, re[r].negRe, imag[r].negRe});
+        X.set(form.target(r), Cx{re[r].re, imag[r].re, re[r].negRe, imag[r].negRe});
     return X.bins();
 }
 
