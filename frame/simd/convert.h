@@ -13,12 +13,12 @@
 namespace tvkgen::simd {
 
 #if defined(TVKGEN_PORTABLE)
-TVKG_INLINE V2d widenLow(V4f a) { return V2d{{a.lane[0], a.lane[1]}}; }
-TVKG_INLINE V2d widenHigh(V4f a) { return V2d{{a.lane[2], a.lane[3]}}; }
+TVKG_INLINE V2d widenLow(V4f a) { return V2d{a[0], a[1]}; }
+TVKG_INLINE V2d widenHigh(V4f a) { return V2d{a[2], a[3]}; }
 TVKG_INLINE V4f narrow(V2d low, V2d high)
 {
-    return V4f{{static_cast<float>(low.lane[0]), static_cast<float>(low.lane[1]), static_cast<float>(high.lane[0]),
-                static_cast<float>(high.lane[1])}};
+    return V4f{static_cast<float>(low[0]), static_cast<float>(low[1]), static_cast<float>(high[0]),
+                static_cast<float>(high[1])};
 }
 #else
 TVKG_INLINE V2d widenLow(V4f a) { return _mm_cvtps_pd(a); }
