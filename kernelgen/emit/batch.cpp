@@ -148,7 +148,9 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
             all.push_back(&k.graph);
     std::ostringstream out;
     out << banner(invocation) << "#include \"batch_frame.h\"\n\n"
-        << "namespace tvkgen::batch {\n\nnamespace {\n\n"
+        << "namespace tvkgen::batch {\n\n"
+        << "// This file's bodies under its own name: a unity build compiles many such files as one.\n"
+        << "namespace " << file.space << " {\n\nnamespace {\n\n"
         << printConstants(all, false, "");
     for (const FramedKernel& k : file.kernels) {
         if (!k.sameBodyAs.empty())
@@ -165,12 +167,13 @@ std::string printBatchKernelFile(const FramedKernelFile& file, const std::string
             << "* dst, ptrdiff_t dstDist, const " << real << "* scale)\n    {\n"
             << BlockBody(k.graph, single).print() << "    }\n};\n";
     }
-    out << "\n} // namespace\n";
+    out << "\n} // namespace\n\n} // namespace " << file.space << "\n";
     for (const FramedKernel& k : file.kernels) {
         const char* real = isSingle(k.scaleKind) ? "float" : "double";
         out << "\nvoid " << k.exportedName << "(const " << real << "* src, ptrdiff_t srcDist, " << real
-            << "* dst, ptrdiff_t dstDist, ptrdiff_t blocks, int pick)\n{\n    runBlocks<"
-            << (k.sameBodyAs.empty() ? k.structName : k.sameBodyAs) << ">(src, srcDist, dst, dstDist, blocks, pick);\n}\n";
+            << "* dst, ptrdiff_t dstDist, ptrdiff_t blocks, int pick)\n{\n    runBlocks<" << file.space << "::"
+            << (k.sameBodyAs.empty() ? k.structName : k.sameBodyAs)
+            << ">(src, srcDist, dst, dstDist, blocks, pick);\n}\n";
     }
     out << "\n} // namespace tvkgen::batch\n";
     return out.str();
