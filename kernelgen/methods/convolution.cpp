@@ -100,17 +100,22 @@ SpectrumForm chirpForm(int p, int length, int sign)
     return form;
 }
 
+Signal SpectrumForm::rootOrder(const Signal& x) const
+{
+    Signal u(p - 1);
+    for (int q = 0; q < p - 1; ++q)
+        u[q] = x[source(q)];
+    return u;
+}
+
 Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
 {
     const int p = static_cast<int>(x.size());
     const int m = p - 1;
     const SpectrumForm form = convolutionForm(p, ar.exponentSign());
-    Signal u(m);
-    for (int q = 0; q < m; ++q)
-        u[q] = x[form.source(q)];
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), Section{"size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
-    const PairedOutput U = inner.pairedOut(ar, u);
+    const PairedOutput U = inner.pairedOut(ar, form.rootOrder(x));
     const Signal closedU = close(ar, U); // left unused where the pairs stay open
     section.reset();
     Signal X(p);
@@ -121,7 +126,7 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
         if (!bins.count(k)) {
             Exact re, im;
             form.constant(k, re, im);
-            const Cx product = ar.mulComplex(closedU[k], re, im, form.constantName + "Bin" + std::to_string(k));
+            const Cx product = ar.mulComplex(closedU[k], re, im, form.binName(k));
             bins[k] = k == 0 ? ar.add(x[0], product) : product;
         }
         return bins[k];
@@ -136,7 +141,7 @@ Signal convolution(DftArith& ar, const Signal& x, const Method& inner)
             if (U.open[lower]) {
                 Exact re, im;
                 form.constant(lower, re, im);
-                const std::string name = form.constantName + "Bin" + std::to_string(lower) + "Twice";
+                const std::string name = form.binName(lower) + "Twice";
                 // A difference that is a product leaves its factor to the
                 // constants it meets.
                 const Cx h = U.half[lower];

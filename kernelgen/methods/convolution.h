@@ -20,6 +20,10 @@ struct SpectrumForm {
     std::function<int(int)> target;
     bool rootZero = false;       // x[0] added to bin 0 and to output 0 (the convolution form)
     std::function<int(int)> chirp; // W_p^chirp(n) on input and output n; empty: none
+
+    // x[source(e)] for the m = p-1 inputs of the convolution form's transform.
+    Signal rootOrder(const Signal& x) const;
+    std::string binName(int k) const { return constantName + "Bin" + std::to_string(k); }
 };
 
 // The convolution form over m = p-1, with g the smallest primitive root:

@@ -278,12 +278,9 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
 {
     const int p = static_cast<int>(x.size()), m = p - 1, n = m / 2;
     const SpectrumForm form = convolutionForm(p, ar.exponentSign());
-    Signal u(m);
-    for (int q = 0; q < m; ++q)
-        u[q] = x[form.source(q)];
     std::optional<SectionScope> section;
     section.emplace(ar.graph(), Section{"real size-" + std::to_string(m) + " transform of the inputs in primitive-root order"});
-    const Signal U = forward(ar, u);
+    const Signal U = forward(ar, form.rootOrder(x));
     HalfSpectrum X(p);
     X.set(0, ar.add(x[0], U[0]));
 
@@ -294,7 +291,7 @@ Signal realConvolution(ScalarArith& ar, const Signal& x, const RealTransform& fo
     for (int k = 0; k <= n; ++k) {
         Exact re, im;
         form.constant(k, re, im);
-        std::string name = form.constantName + "Bin" + std::to_string(k);
+        std::string name = form.binName(k);
         if (k > 0 && k < n) {
             re *= 2;
             im *= 2;
