@@ -38,7 +38,14 @@ static_assert(FLT_EVAL_METHOD == 0, "kernels need every operation rounded to its
 #error "build without fast-math and without fused multiply-add contraction"
 #endif
 
+// The kernels' helpers are always inlined, so that a body's vectors stay in
+// registers. Sanitizer builds leave the choice to the compiler: their checks
+// in the fully inlined bodies took most of their compile time.
+#ifdef TVKGEN_SANITIZED
+#define TVKG_INLINE inline
+#else
 #define TVKG_INLINE inline __attribute__((always_inline))
+#endif
 
 #include <cstring>
 

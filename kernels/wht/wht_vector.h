@@ -13,8 +13,13 @@
 #include "simd/vec.h"
 
 // Lambdas of the unrolled steps are inlined like the functions around them,
-// so that a block's vectors stay in registers.
+// so that a block's vectors stay in registers (left to the compiler where
+// TVKG_INLINE is).
+#ifdef TVKGEN_SANITIZED
+#define TVKG_LAMBDA_INLINE
+#else
 #define TVKG_LAMBDA_INLINE __attribute__((always_inline))
+#endif
 
 namespace tvkgen::wht {
 
