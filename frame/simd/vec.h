@@ -10,7 +10,7 @@
 //   storeLowElement / storeHighElement
 //                           lanes 0-1 / 2-3 as one 64-bit move
 //   add, sub, mul, bitXor   lane-wise arithmetic; bitXor flips sign bits
-//   swapLanes               (a1, a0) of a V2d
+//   swapLanes               (a1, a0) of a V2d; (a1, a0, a2, a3) of a V4f
 //   shuffle<i0,i1,i2,i3>    (a[i0], a[i1], b[i2], b[i3])
 //   unpackLo / unpackHi     (a0, b0, a1, b1) / (a2, b2, a3, b3); V2d: (a0, b0) / (a1, b1)
 //   moveLowHalves           (a0, a1, b0, b1)

@@ -105,6 +105,7 @@ TVKG_INLINE V4f shuffle(V4f a, V4f b)
 {
     return V4f{a[i0], a[i1], b[i2], b[i3]};
 }
+TVKG_INLINE V4f swapLanes(V4f a) { return V4f{a[1], a[0], a[2], a[3]}; }
 TVKG_INLINE V4f unpackLo(V4f a, V4f b) { return V4f{a[0], b[0], a[1], b[1]}; }
 TVKG_INLINE V4f unpackHi(V4f a, V4f b) { return V4f{a[2], b[2], a[3], b[3]}; }
 TVKG_INLINE V4f moveLowHalves(V4f a, V4f b) { return V4f{a[0], a[1], b[0], b[1]}; }

@@ -64,6 +64,7 @@ TVKG_INLINE V4f shuffle(V4f a, V4f b)
 {
     return _mm_shuffle_ps(a, b, _MM_SHUFFLE(i3, i2, i1, i0));
 }
+TVKG_INLINE V4f swapLanes(V4f a) { return _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 2, 0, 1)); }
 TVKG_INLINE V4f unpackLo(V4f a, V4f b) { return _mm_unpacklo_ps(a, b); }
 TVKG_INLINE V4f unpackHi(V4f a, V4f b) { return _mm_unpackhi_ps(a, b); }
 TVKG_INLINE V4f moveLowHalves(V4f a, V4f b) { return _mm_movelh_ps(a, b); }

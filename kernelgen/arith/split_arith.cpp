@@ -6,6 +6,64 @@
 
 namespace kernelgen {
 
+SplitArith::SplitArith(Graph& graph, Direction direction, Kind kind, RoundingPolicy rounding)
+    : DftArith(graph, direction, rounding), kind_(kind)
+{
+    if (!isVector(kind)) {
+        const int parent = graph.openedSection();
+        const int re = graph.addSection(Section("real parts"), parent);
+        parts_ = {re, graph.addSection(Section("imaginary parts"), parent)};
+    }
+}
+
+template <class Make>
+Graph::Value SplitArith::inPart(int which, Make make)
+{
+    if (parts_[which] < 0)
+        return make();
+    graph_.enterSection(parts_[which]);
+    const Graph::Value v = make();
+    graph_.closeSection();
+    return v;
+}
+
+template <class F>
+Cx SplitArith::eachPart(Cx a, F f)
+{
+    a.re = inPart(0, [&] { return f(a.re, a.negRe); });
+    if (a.im >= 0)
+        a.im = inPart(1, [&] { return f(a.im, a.negIm); });
+    return a;
+}
+
+Cx SplitArith::load(int element)
+{
+    Cx x;
+    x.re = inPart(0, [&] { return graph_.load(kind_, 2 * element); });
+    x.im = inPart(1, [&] { return graph_.load(kind_, 2 * element + 1); });
+    return x;
+}
+
+void SplitArith::storeScaled(Cx a, int element, Graph::Value scale)
+{
+    const Cx out = materialize(a);
+    for (int which = 0; which < 2; ++which)
+        inPart(which, [&] {
+            graph_.store(graph_.mul(which == 0 ? out.re : out.im, scale), 2 * element + which);
+            return 0;
+        });
+}
+
+Cx SplitArith::enterSum(Cx a)
+{
+    return eachPart(a, [&](Graph::Value v, bool) { return rounding_.enterSum(graph_, v); });
+}
+
+Cx SplitArith::leaveSum(Cx a)
+{
+    return eachPart(a, [&](Graph::Value v, bool) { return rounding_.leaveSum(graph_, v); });
+}
+
 Graph::Value SplitArith::part(Graph::Value v, bool negative)
 {
     if (!negative)
@@ -20,17 +78,18 @@ Cx SplitArith::materialize(Cx a)
 {
     if (isZero(a))
         return Cx{a.re, a.im};
-    return Cx{part(a.re, a.negRe), part(a.im, a.negIm)};
+    const Cx r = eachPart(a, [&](Graph::Value v, bool negative) { return part(v, negative); });
+    return Cx{r.re, r.im};
 }
 
 Cx SplitArith::product(Cx a, Graph::Value c, Graph::Value s)
 {
-    const Graph::Value imS = graph_.mul(a.im, s);
-    const Graph::Value reC = graph_.mul(a.re, c);
-    const Graph::Value re = graph_.sub(reC, imS);
-    const Graph::Value imC = graph_.mul(a.im, c);
-    const Graph::Value reS = graph_.mul(a.re, s);
-    return Cx{re, graph_.add(reS, imC)};
+    const Graph::Value imS = inPart(0, [&] { return graph_.mul(a.im, s); });
+    const Graph::Value reC = inPart(0, [&] { return graph_.mul(a.re, c); });
+    const Graph::Value re = inPart(0, [&] { return graph_.sub(reC, imS); });
+    const Graph::Value imC = inPart(1, [&] { return graph_.mul(a.im, c); });
+    const Graph::Value reS = inPart(1, [&] { return graph_.mul(a.re, s); });
+    return Cx{re, inPart(1, [&] { return graph_.add(reS, imC); })};
 }
 
 Cx SplitArith::add(Cx a, Cx b)
@@ -40,8 +99,8 @@ Cx SplitArith::add(Cx a, Cx b)
     if (isZero(b))
         return a;
     Cx r;
-    r.re = signedSum(graph_, a.re, a.negRe, b.re, b.negRe, r.negRe);
-    r.im = signedSum(graph_, a.im, a.negIm, b.im, b.negIm, r.negIm);
+    r.re = inPart(0, [&] { return signedSum(graph_, a.re, a.negRe, b.re, b.negRe, r.negRe); });
+    r.im = inPart(1, [&] { return signedSum(graph_, a.im, a.negIm, b.im, b.negIm, r.negIm); });
     return r;
 }
 
@@ -53,7 +112,7 @@ Cx SplitArith::mulReal(Cx a, Trig c)
     const Kind kind = graph_.kind(a.re);
     const Graph::Value k = graph_.constant(trigMagnitudeName(c.sine, c.num, c.den), kind,
                                            std::vector<Exact>(laneCount(kind), magnitude(value)));
-    Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+    const Cx r = eachPart(a, [&](Graph::Value v, bool) { return graph_.mul(v, k); });
     return value < 0 ? neg(r) : r;
 }
 
@@ -108,13 +167,14 @@ Cx SplitArith::mulComplex(Cx a, Exact re, Exact im, const std::string& name)
     const auto uniform = [&](Exact v) { return std::vector<Exact>(laneCount(kind_), magnitude(v)); };
     if (im == 0) {
         const Graph::Value k = graph_.constant(name + "Re", kind_, uniform(re));
-        const Cx r{graph_.mul(a.re, k), graph_.mul(a.im, k), a.negRe, a.negIm};
+        const Cx r = eachPart(a, [&](Graph::Value v, bool) { return graph_.mul(v, k); });
         return re < 0 ? neg(r) : r;
     }
     if (re == 0) {
         // i*im*(x + i*y) = (-im*y, im*x)
         const Graph::Value k = graph_.constant(name + "Im", kind_, uniform(im));
-        const Cx r{graph_.mul(a.im, k), graph_.mul(a.re, k), !a.negIm, a.negRe};
+        const Cx ia{a.im, a.re, !a.negIm, a.negRe};
+        const Cx r = eachPart(ia, [&](Graph::Value v, bool) { return graph_.mul(v, k); });
         return im < 0 ? neg(r) : r;
     }
     const Graph::Value c = graph_.constant(name + "Re", kind_, std::vector<Exact>(laneCount(kind_), re));
@@ -132,8 +192,9 @@ Cx SplitArith::zero()
 
 SplitArith SplitArith::opposite() const
 {
-    return SplitArith(graph_, direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward, kind_,
-                      rounding_);
+    SplitArith other(*this);
+    other.direction_ = direction_ == Direction::Forward ? Direction::Inverse : Direction::Forward;
+    return other;
 }
 
 std::unique_ptr<DftArith> SplitArith::reversed() const { return std::make_unique<SplitArith>(opposite()); }

@@ -1,5 +1,8 @@
 // 32fc complex arithmetic: real and imaginary parts in separate values,
 // four-lane vectors holding four independent butterflies, or scalars.
+// A scalar arithmetic makes the real parts' operations in one section and
+// the imaginary parts' in another: two sections of one shape, which the
+// pairing pass can run side by side in the lanes of one vector.
 #pragma once
 
 #include <array>
@@ -12,16 +15,15 @@ class SplitArith : public DftArith {
 public:
     // kind: V4F32 (lanes) or F32 (scalar).
     SplitArith(Graph& graph, Direction direction, Kind kind,
-               RoundingPolicy rounding = RoundingPolicy::elementType())
-        : DftArith(graph, direction, rounding), kind_(kind)
-    {
-    }
+               RoundingPolicy rounding = RoundingPolicy::elementType());
     Cx add(Cx a, Cx b) override;
     Cx mulReal(Cx a, Trig c) override;
     Cx timesW4(Cx a) override;
     Cx rotate(Cx a, int n, int e) override;
     Cx mulComplex(Cx a, Exact re, Exact im, const std::string& name) override;
     Cx zero() override;
+    Cx enterSum(Cx a) override;
+    Cx leaveSum(Cx a) override;
     std::unique_ptr<DftArith> reversed() const override;
     // The reversed arithmetic itself, for the builders of the lane split.
     SplitArith opposite() const;
@@ -39,11 +41,26 @@ public:
     // is never added.
     bool isZero(Cx a) const { return graph_.isZero(a.re) && graph_.isZero(a.im); }
 
+    // Scalar kernels: element `element` of src (its parts at 2 * element
+    // and 2 * element + 1), and a times the scale factor into element
+    // `element` of dst.
+    Cx load(int element);
+    void storeScaled(Cx a, int element, Graph::Value scale);
+
 private:
     Graph::Value part(Graph::Value v, bool negative);
+    // The value `make` makes, made in the section of part `which` (0 real,
+    // 1 imaginary) where the parts have sections.
+    template <class Make>
+    Graph::Value inPart(int which, Make make);
+    // f applied to each part of a present, in its part's section; the
+    // pending signs kept.
+    template <class F>
+    Cx eachPart(Cx a, F f);
     // a (c + i s) for a materialized a and constants c, s: four products and two sums.
     Cx product(Cx a, Graph::Value c, Graph::Value s);
     Kind kind_;
+    std::array<int, 2> parts_{-1, -1}; // the sections of the real and imaginary parts; -1: none
 };
 
 } // namespace kernelgen

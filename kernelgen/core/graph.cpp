@@ -62,6 +62,7 @@ std::vector<int> lanePattern(Shuffle pattern, int width)
         }
     } else {
         switch (pattern) {
+        case Shuffle::SwapLanes: return {1, 0, 2, 3};
         case Shuffle::UnpackLo: return {0, 4, 1, 5};
         case Shuffle::UnpackHi: return {2, 6, 3, 7};
         case Shuffle::MoveLowHalves: return {0, 1, 4, 5};

@@ -61,7 +61,7 @@ inline bool isStore(Op op) { return op == Op::Store || op == Op::StoreLowElement
 // The lane patterns of the vector layer that the kernels use.
 enum class Shuffle {
     None,
-    SwapLanes,      // (a1, a0) of two binary64 lanes
+    SwapLanes,      // (a1, a0) of two binary64 lanes; (a1, a0, a2, a3) of binary32 ones
     UnpackLo,       // (a0, b0, a1, b1)
     UnpackHi,       // (a2, b2, a3, b3)
     MoveLowHalves,  // (a0, a1, b0, b1)

@@ -151,9 +151,16 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
         const std::string b = n.b >= 0 ? var(n.b) : "";
         if (isLoad(n.op) && stored)
             throw std::logic_error("a load after a store would break in-place calls");
+        // Two binary32 numbers side by side in memory move as one 64-bit
+        // element.
+        const bool adjacentPair = n.kind == Kind::V2F32 && n.offset2 == n.offset + 1;
         std::string expr;
         switch (n.op) {
         case Op::Load:
+            if (adjacentPair) {
+                expr = "loadElement(" + at(arrays.in, n.offset) + ")";
+                break;
+            }
             if (n.offset2 >= 0) { // a vector of two halves from two places
                 const std::string half = isVector(halfKind(n.kind)) ? "Access::load(" : "loadScalar(";
                 expr = "combine(" + half + at(arrays.in, n.offset) + "), " + half + at(arrays.in, n.offset2) + "))";
@@ -172,7 +179,9 @@ std::string printStatements(const Graph& g, const ArrayAccess& arrays, const std
             continue;
         case Op::Store:
             stored = true;
-            if (n.offset2 >= 0) {
+            if (adjacentPair)
+                out << indent << "storeLowElement(" << at(arrays.out, n.offset) << ", " << a << ");\n";
+            else if (n.offset2 >= 0) {
                 const char* half = isVector(halfKind(n.kind)) ? "Access::store(" : "storeScalar(";
                 out << indent << half << at(arrays.out, n.offset) << ", lowHalf(" << a << "));\n"
                     << indent << half << at(arrays.out, n.offset2) << ", highHalf(" << a << "));\n";

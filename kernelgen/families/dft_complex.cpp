@@ -232,14 +232,11 @@ Graph buildScalar32(int size, Direction direction, const Road& road)
                   road.doubleRule ? RoundingPolicy::doubleRule() : RoundingPolicy::elementType());
     Signal x(size);
     for (int i = 0; i < size; ++i)
-        x[i] = Cx{g.load(Kind::F32, 2 * i), g.load(Kind::F32, 2 * i + 1)};
+        x[i] = ar.load(i);
     const Signal X = methodOf(road).plain(ar, x);
     const Graph::Value scale = g.scaleArg(Kind::F32);
-    for (int k = 0; k < size; ++k) {
-        const Cx out = ar.materialize(X[k]);
-        g.store(g.mul(out.re, scale), 2 * k);
-        g.store(g.mul(out.im, scale), 2 * k + 1);
-    }
+    for (int k = 0; k < size; ++k)
+        ar.storeScaled(X[k], k, scale);
     return g;
 }
 

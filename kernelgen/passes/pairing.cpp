@@ -1,10 +1,12 @@
 #include "passes/pairing.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "passes/schedule.h"
@@ -53,6 +55,7 @@ struct Sections {
     std::vector<std::string> shape;  // operations and operands in order, each difference as a sum
     std::vector<std::string> exact;  // the operations alone: with the shape, the section as it is
     std::vector<std::vector<bool>> dependsOn; // [b][a]: b uses a value of a
+    std::vector<bool> commuted; // by node: a sum whose shape takes its operands in the other order
 };
 
 Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
@@ -60,7 +63,8 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
     const std::vector<bool> live = g.liveNodes();
     const size_t count = g.sections().size();
     Sections s{std::vector<std::vector<int>>(count), std::vector<std::string>(count), std::vector<std::string>(count),
-               std::vector<std::vector<bool>>(count, std::vector<bool>(count, false))};
+               std::vector<std::vector<bool>>(count, std::vector<bool>(count, false)),
+               std::vector<bool>(g.nodes().size(), false)};
     std::vector<int> local(g.nodes().size(), -1);
     std::vector<bool> usable(count, true);
     std::vector<std::set<int>> reaches(g.nodes().size()); // sections each value depends on
@@ -73,32 +77,53 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
                 reaches[i].insert(reaches[operand].begin(), reaches[operand].end());
         if (n.section < 0 || isLeaf(n))
             continue;
-        for (int other : reaches[i])
-            if (other != n.section)
-                s.dependsOn[n.section][other] = true;
+        const int position = static_cast<int>(s.nodes[n.section].size());
+        for (int operand : {n.a, n.b}) {
+            if (operand < 0)
+                continue;
+            // An operation that uses an earlier one of another section
+            // directly (the real part of a product reads the imaginary
+            // parts) pairs without a cycle: the paired operation's operand
+            // is made first.
+            // An operand of its own section brought its dependences with it.
+            const int from = g.nodes()[operand].section;
+            if (from == n.section && local[operand] >= 0)
+                continue;
+            const bool earlier = from >= 0 && local[operand] >= 0 && local[operand] < position;
+            for (int other : reaches[operand])
+                if (other != n.section && !(earlier && other == from))
+                    s.dependsOn[n.section][other] = true;
+        }
         reaches[i].insert(n.section);
         usable[n.section] = usable[n.section] && pairable(n, halves);
-        local[i] = static_cast<int>(s.nodes[n.section].size());
+        local[i] = position;
         s.nodes[n.section].push_back(static_cast<int>(i));
-        std::string& shape = s.shape[n.section];
-        // A sum pairs with a difference: a - b is a + (-b) exactly.
-        const Op op = n.op == Op::Sub ? Op::Add : n.op;
+        // A sum pairs with a difference: a - b is a + (-b) exactly, and
+        // b - a is (-a) + b, so a scalar sum's operands are taken in either
+        // order. (Vector sections keep theirs: the DCT-IV pieces rely on
+        // the pairs their order makes.)
+        const bool sum = n.op == Op::Add || n.op == Op::Sub;
         s.exact[n.section] += std::to_string(static_cast<int>(n.op)) + ";";
-        shape += std::to_string(static_cast<int>(op)) + ":" + std::to_string(static_cast<int>(n.pattern)) + ":" +
-                 std::to_string(static_cast<int>(n.kind));
-        for (int operand : {n.a, n.b}) {
+        std::string& shape = s.shape[n.section];
+        shape += std::to_string(static_cast<int>(sum ? Op::Add : n.op)) + ":" +
+                 std::to_string(static_cast<int>(n.pattern)) + ":" + std::to_string(static_cast<int>(n.kind));
+        std::array<std::string, 2> operands;
+        for (int k = 0; k < 2; ++k) {
+            const int operand = k == 0 ? n.a : n.b;
             if (operand < 0)
                 continue;
             const Node& o = g.nodes()[operand];
             if (o.section == n.section && !isLeaf(o))
-                shape += ",L" + std::to_string(local[operand]);
+                operands[k] = ",L" + std::to_string(local[operand]);
             else if (o.op == Op::ScaleArg)
-                shape += ",S";
+                operands[k] = ",S";
             else if (o.op == Op::Constant)
-                shape += g.constants()[o.constant].signMask ? ",M" : ",C";
+                operands[k] = g.constants()[o.constant].signMask ? ",M" : ",C";
             else
-                shape += ",E";
+                operands[k] = ",E";
         }
+        s.commuted[i] = sum && !isVector(n.kind) && operands[1] < operands[0];
+        shape += s.commuted[i] ? operands[1] + operands[0] : operands[0] + operands[1];
         shape += ";";
     }
     for (size_t i = 0; i < count; ++i)
@@ -150,7 +175,7 @@ struct Cycle {
 class Pairer {
 public:
     Pairer(const Graph& g, const Sections& s, const std::vector<std::pair<int, int>>& pairs)
-        : g_(g), single_(g.nodes().size(), -1), role_(g.nodes().size(), {-1, false})
+        : g_(g), commuted_(s.commuted), single_(g.nodes().size(), -1), role_(g.nodes().size(), {-1, false})
     {
         out_.copySectionsOf(g);
         for (const auto& [a, b] : pairs) {
@@ -251,8 +276,12 @@ private:
     // Operands x (low half) and y (high half) as one vector of two halves.
     int both(int x, int y)
     {
-        if (role_[x].id >= 0 && role_[x].id == role_[y].id && !role_[x].high && role_[y].high)
-            return pair(role_[x].id);
+        if (role_[x].id >= 0 && role_[x].id == role_[y].id && role_[x].high != role_[y].high) {
+            if (role_[y].high)
+                return pair(role_[x].id);
+            if (!isVector(g_.nodes()[x].kind))
+                return swapped(role_[x].id);
+        }
         const auto known = combined_.find({x, y});
         if (known != combined_.end())
             return known->second;
@@ -272,14 +301,69 @@ private:
         return combined_[{x, y}] = out_.combine(single(x), high);
     }
 
-    // The sign bits of the high half of a vector of two halves of `half`.
-    int highHalfMask(Kind half)
+    // The pair `id` with its halves swapped: a real part beside the
+    // imaginary one it reads. A move between the lanes, made where it is
+    // used and left outside the paired section.
+    int swapped(int id)
+    {
+        const auto known = swapped_.find(id);
+        if (known != swapped_.end())
+            return known->second;
+        const int v = out_.shuffle(Shuffle::SwapLanes, pair(id));
+        gathers_.insert(v);
+        return swapped_[id] = v;
+    }
+
+    // Which halves of a vector of two halves enter a sum negated.
+    struct Halves {
+        bool low;
+        bool high;
+        bool any() const { return low || high; }
+        Halves flipped() const { return {!low, !high}; }
+    };
+
+    // The sum of a and b, each negated in the halves named: a - b is
+    // a + (-b) and b - a is (-a) + b exactly, so a sum, a difference and a
+    // difference taken the other way share one operation. Of a + b, a - b
+    // and b - a, the form with the fewest sign flips; ties go to the low
+    // member's own operation.
+    int pairedSum(int a, Halves negA, int b, Halves negB, bool lowIsDifference)
+    {
+        const int plus = negA.any() + negB.any();
+        const int minus = negA.any() + negB.flipped().any();
+        const int backwards = negB.any() + negA.flipped().any();
+        if (backwards < std::min(plus, minus)) {
+            const int left = negated(b, negB);
+            return out_.sub(left, negated(a, negA.flipped()));
+        }
+        if (minus < plus || (minus == plus && lowIsDifference)) {
+            const int left = negated(a, negA);
+            return out_.sub(left, negated(b, negB.flipped()));
+        }
+        const int left = negated(a, negA);
+        return out_.add(left, negated(b, negB));
+    }
+
+    // v with the halves named negated, made once for every pair that takes it.
+    int negated(int v, Halves which)
+    {
+        if (!which.any())
+            return v;
+        const auto key = std::make_tuple(v, which.low, which.high);
+        const auto known = negated_.find(key);
+        if (known != negated_.end())
+            return known->second;
+        return negated_[key] = out_.bitXor(v, halvesMask(halfKind(out_.kind(v)), which));
+    }
+
+    // The sign bits of the halves named of a vector of two halves of `half`.
+    int halvesMask(Kind half, Halves which)
     {
         const int lanes = laneCount(half);
-        std::vector<bool> negative(2 * lanes, false);
-        std::fill(negative.begin() + lanes, negative.end(), true);
-        const std::string name = std::string("kNegateHigh") + (isSingle(half) ? "Single" : "Double") +
-                                 (lanes > 1 ? "Pairs" : "");
+        std::vector<bool> negative(2 * lanes, which.low);
+        std::fill(negative.begin() + lanes, negative.end(), which.high);
+        const std::string name = std::string("kNegate") + (!which.low ? "High" : !which.high ? "Low" : "Both") +
+                                 (isSingle(half) ? "Single" : "Double") + (lanes > 1 ? "Pairs" : "");
         return out_.signMask(name, wideKind(half), negative);
     }
 
@@ -293,28 +377,26 @@ private:
         const Node& n = g_.nodes()[members_[id][0]];
         const Node& m = g_.nodes()[members_[id][1]];
         const size_t before = out_.nodes().size();
-        const int b = n.b >= 0 ? both(n.b, m.b) : -1;
-        const int a = n.a >= 0 ? both(n.a, m.a) : -1;
+        // A sum whose shape matched with its operands in the other order
+        // takes the high member's operands swapped.
+        const bool sum = n.op == Op::Add || n.op == Op::Sub;
+        const bool reversed = sum && commuted_[members_[id][0]] != commuted_[members_[id][1]];
+        const int b = n.b >= 0 ? both(n.b, reversed ? m.a : m.b) : -1;
+        const int a = n.a >= 0 ? both(n.a, reversed ? m.b : m.a) : -1;
         int v = -1;
         switch (n.op) {
         case Op::Load: v = out_.loadHalves(n.kind, n.offset, m.offset); break;
         case Op::Store: out_.storeHalves(a, n.offset, m.offset); v = 0; break;
         case Op::Add:
         case Op::Sub: {
-            // A sum beside a difference: the high half's operand negated,
-            // and the low half's operation for both.
-            const int right = n.op == m.op ? b : out_.bitXor(b, highHalfMask(n.kind));
-            v = n.op == Op::Add ? out_.add(a, right) : out_.sub(a, right);
+            const bool highSub = m.op == Op::Sub;
+            v = pairedSum(a, {false, reversed && highSub}, b, {n.op == Op::Sub, !reversed && highSub},
+                          n.op == Op::Sub);
             break;
         }
         case Op::Mul: v = out_.mul(a, b); break;
         case Op::Xor: v = out_.bitXor(a, b); break;
-        case Op::Neg: {
-            const int mask = out_.signMask(isSingle(n.kind) ? "kNegateBothSingle" : "kNegateBothDouble", wideKind(n.kind),
-                                           {true, true});
-            v = out_.bitXor(a, mask);
-            break;
-        }
+        case Op::Neg: v = out_.bitXor(a, halvesMask(n.kind, {true, true})); break;
         case Op::Widen: v = out_.widen(a); break;
         case Op::Narrow: v = out_.narrow(a); break;
         case Op::Shuffle: v = out_.shuffle(n.pattern, a, b); break;
@@ -324,7 +406,8 @@ private:
         // from outside stay outside, so that paired sections can pair again.
         for (size_t i = before; i < out_.nodes().size(); ++i) {
             const Node& made = out_.nodes()[i];
-            if (made.kind == wideKind(n.kind) && made.section < 0 && made.pattern != Shuffle::Combine)
+            if (made.kind == wideKind(n.kind) && made.section < 0 && made.pattern != Shuffle::Combine &&
+                !gathers_.count(static_cast<int>(i)))
                 out_.placeInSection(static_cast<int>(i), pairedSection_[id]);
         }
         building_[id] = false;
@@ -332,6 +415,7 @@ private:
     }
 
     const Graph& g_;
+    const std::vector<bool>& commuted_;
     Graph out_;
     std::vector<int> single_;
     std::vector<Role> role_;
@@ -341,6 +425,9 @@ private:
     std::vector<int> value_;
     std::vector<bool> building_;
     std::map<std::pair<int, int>, int> combined_;
+    std::map<int, int> swapped_;
+    std::map<std::tuple<int, bool, bool>, int> negated_;
+    std::set<int> gathers_;
 };
 
 bool arithmetic(const Node& n)

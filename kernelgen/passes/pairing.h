@@ -1,15 +1,19 @@
 // Pairing: independent work of one shape side by side in the halves of a
 // vector. A kernel does the same operations on many groups of data: the
 // stage sections of a chain (the groups of a first stage, the rows of a
-// second) are copies of one shape. Two such sections, neither depending on
-// the other, become one section of vectors of two halves, the first in the
-// low half of each and the second in the high half: binary64 numbers in
-// the two lanes of a 128-bit vector, 128-bit vectors in the halves of a
-// 256-bit one. Every element sees the same operations in the same order
-// (a difference paired with a sum is the sum of the negated operand, the
-// same operation in IEEE arithmetic), so the results keep their bits.
-// Paired sections have the shape of one another, so a second pairing can
-// put four sections side by side.
+// second) are copies of one shape, and so are the real and imaginary parts
+// of a scalar complex kernel. Two such sections become one section of
+// vectors of two halves, the first in the low half of each and the second
+// in the high half: binary64 numbers in the two lanes of a 128-bit vector,
+// 128-bit vectors in the halves of a 256-bit one. Neither may depend on
+// the other, except where an operation reads an earlier one of the other
+// section directly (a real part reading an imaginary one): the pair reads
+// the earlier pair with its halves swapped. Every element sees the same
+// operations in the same order (a difference paired with a sum is the sum
+// of the negated operand, b - a is (-a) + b, the same operations in IEEE
+// arithmetic), so the results keep their bits. Paired sections have the
+// shape of one another, so a second pairing can put four sections side by
+// side.
 #pragma once
 
 #include <vector>
