@@ -49,7 +49,8 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
 }
 
 // The sections of a graph, their operations in order (leaves left out: a
-// constant serves every section that names it), and which can be paired.
+// constant serves every section that names it), and which can be paired;
+// with `commute`, a scalar sum's operands match in either order.
 struct Sections {
     std::vector<std::vector<int>> nodes;
     std::vector<std::string> shape;  // operations and operands in order, each difference as a sum
@@ -58,7 +59,7 @@ struct Sections {
     std::vector<bool> commuted; // by node: a sum whose shape takes its operands in the other order
 };
 
-Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
+Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves, bool commute)
 {
     const std::vector<bool> live = g.liveNodes();
     const size_t count = g.sections().size();
@@ -99,9 +100,9 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
         local[i] = position;
         s.nodes[n.section].push_back(static_cast<int>(i));
         // A sum pairs with a difference: a - b is a + (-b) exactly, and
-        // b - a is (-a) + b, so a scalar sum's operands are taken in either
-        // order. (Vector sections keep theirs: the DCT-IV pieces rely on
-        // the pairs their order makes.)
+        // b - a is (-a) + b, so a scalar sum's operands can be taken in
+        // either order. (Vector sections keep theirs: the DCT-IV pieces
+        // rely on the pairs their order makes.)
         const bool sum = n.op == Op::Add || n.op == Op::Sub;
         s.exact[n.section] += std::to_string(static_cast<int>(n.op)) + ";";
         std::string& shape = s.shape[n.section];
@@ -122,7 +123,7 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves)
             else
                 operands[k] = ",E";
         }
-        s.commuted[i] = sum && !isVector(n.kind) && operands[1] < operands[0];
+        s.commuted[i] = commute && sum && !isVector(n.kind) && operands[1] < operands[0];
         shape += s.commuted[i] ? operands[1] + operands[0] : operands[0] + operands[1];
         shape += ";";
     }
@@ -511,16 +512,22 @@ Saving saving(const Graph& g, const Graph& paired)
 
 } // namespace
 
-Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int registers)
+namespace {
+
+struct Pairing {
+    Graph graph;
+    int saving = 0;
+};
+
+Pairing bestPairing(const Graph& g, const Sections& s, int registers)
 {
-    const Sections s = sectionsOf(g, halves);
     std::set<std::pair<int, int>> refused;
     // Pairs that cost more moves than they save are refused one at a time,
     // the worst first; the best whole is kept. A whole that would spill
     // more values beyond the registers than the graph does is charged a
     // store and a load for each.
-    Graph best = g;
-    int bestSaving = 0, spilledBefore = -1;
+    Pairing best{g, 0};
+    int spilledBefore = -1;
     for (;;) {
         const std::vector<std::pair<int, int>> pairs = choosePairs(s, refused);
         if (pairs.empty())
@@ -536,14 +543,12 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int register
                 const std::array<int, 2> members = paired.sections()[worst].pair;
                 refused.insert({members[0], members[1]});
             }
-            if (saved.total > bestSaving) {
+            if (saved.total > best.saving) {
                 if (spilledBefore < 0)
                     spilledBefore = spills(g, registers);
                 const int total = saved.total - 2 * std::max(0, spills(paired, registers) - spilledBefore);
-                if (total > bestSaving) {
-                    bestSaving = total;
-                    best = std::move(paired);
-                }
+                if (total > best.saving)
+                    best = {std::move(paired), total};
             }
             if (worst < 0)
                 return best;
@@ -551,6 +556,17 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int register
             refused.insert(cycle.sections);
         }
     }
+}
+
+} // namespace
+
+Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int registers)
+{
+    // Sums taken in either order match more sections, which can take
+    // partners from pairs that saved more; the better whole is kept.
+    Pairing strict = bestPairing(g, sectionsOf(g, halves, false), registers);
+    Pairing commuting = bestPairing(g, sectionsOf(g, halves, true), registers);
+    return commuting.saving > strict.saving ? std::move(commuting.graph) : std::move(strict.graph);
 }
 
 } // namespace kernelgen
