@@ -558,15 +558,45 @@ Pairing bestPairing(const Graph& g, const Sections& s, int registers)
     }
 }
 
+// The graph with each section nested deeper than two levels merged into
+// its ancestor two levels down: the first-stage groups of a join inside the
+// transposed road of an inverse kernel take the steps of the convolution
+// forms they run (spectrum products, inner transforms) into themselves.
+Graph mergedBelowTwoLevels(const Graph& g)
+{
+    constexpr size_t kLevels = 2;
+    Graph out = g;
+    for (size_t i = 0; i < g.nodes().size(); ++i) {
+        std::vector<int> chain; // the node's section and its ancestors, innermost first
+        for (int s = g.nodes()[i].section; s >= 0; s = g.sections()[s].parent)
+            chain.push_back(s);
+        if (chain.size() > kLevels)
+            out.placeInSection(static_cast<int>(i), chain[chain.size() - kLevels]);
+    }
+    return out;
+}
+
 } // namespace
 
 Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int registers)
 {
-    // Sums taken in either order match more sections, which can take
-    // partners from pairs that saved more; the better whole is kept.
-    Pairing strict = bestPairing(g, sectionsOf(g, halves, false), registers);
-    Pairing commuting = bestPairing(g, sectionsOf(g, halves, true), registers);
-    return commuting.saving > strict.saving ? std::move(commuting.graph) : std::move(strict.graph);
+    // Besides the strict match over the method's sections: sums taken in
+    // either order, which match more sections (but new pairs can take
+    // partners from pairs that saved more), and both matches over the
+    // sections two levels deep, where whole groups pair instead of their
+    // steps one by one with moves between. The whole that the cost model
+    // rates highest is kept, the first on a tie.
+    Pairing best = bestPairing(g, sectionsOf(g, halves, false), registers);
+    const Graph merged = mergedBelowTwoLevels(g);
+    for (const Graph* from : {&g, &merged})
+        for (bool commute : {false, true}) {
+            if (from == &g && !commute)
+                continue;
+            Pairing other = bestPairing(*from, sectionsOf(*from, halves, commute), registers);
+            if (other.saving > best.saving)
+                best = std::move(other);
+        }
+    return std::move(best.graph);
 }
 
 } // namespace kernelgen

@@ -13,7 +13,10 @@
 // of the negated operand, b - a is (-a) + b, the same operations in IEEE
 // arithmetic), so the results keep their bits. Paired sections have the
 // shape of one another, so a second pairing can put four sections side by
-// side.
+// side. The sections matched are the method's own, or those two levels deep
+// with the steps below merged into them (whole groups of a join rather than
+// their steps one by one); the pass keeps the pairing its cost model rates
+// higher.
 #pragma once
 
 #include <vector>
