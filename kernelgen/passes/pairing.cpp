@@ -510,10 +510,6 @@ Saving saving(const Graph& g, const Graph& paired)
     return s;
 }
 
-} // namespace
-
-namespace {
-
 struct Pairing {
     Graph graph;
     int saving = 0;
@@ -562,16 +558,20 @@ Pairing bestPairing(const Graph& g, const Sections& s, int registers)
 // its ancestor two levels down: the first-stage groups of a join inside the
 // transposed road of an inverse kernel take the steps of the convolution
 // forms they run (spectrum products, inner transforms) into themselves.
-Graph mergedBelowTwoLevels(const Graph& g)
+// `moved` says whether any operation changed section.
+Graph mergedBelowTwoLevels(const Graph& g, bool& moved)
 {
     constexpr size_t kLevels = 2;
     Graph out = g;
+    moved = false;
     for (size_t i = 0; i < g.nodes().size(); ++i) {
         std::vector<int> chain; // the node's section and its ancestors, innermost first
         for (int s = g.nodes()[i].section; s >= 0; s = g.sections()[s].parent)
             chain.push_back(s);
-        if (chain.size() > kLevels)
+        if (chain.size() > kLevels) {
             out.placeInSection(static_cast<int>(i), chain[chain.size() - kLevels]);
+            moved = true;
+        }
     }
     return out;
 }
@@ -585,14 +585,21 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int register
     // partners from pairs that saved more), and both matches over the
     // sections two levels deep, where whole groups pair instead of their
     // steps one by one with moves between. The whole that the cost model
-    // rates highest is kept, the first on a tie.
-    Pairing best = bestPairing(g, sectionsOf(g, halves, false), registers);
-    const Graph merged = mergedBelowTwoLevels(g);
+    // rates highest is kept, the first on a tie. A search whose sections
+    // are those of one already made would find the same whole: it is left
+    // out.
+    const Sections strict = sectionsOf(g, halves, false);
+    Pairing best = bestPairing(g, strict, registers);
+    bool moved = false;
+    const Graph merged = mergedBelowTwoLevels(g, moved);
     for (const Graph* from : {&g, &merged})
         for (bool commute : {false, true}) {
-            if (from == &g && !commute)
+            if ((from == &g && !commute) || (from == &merged && !moved))
                 continue;
-            Pairing other = bestPairing(*from, sectionsOf(*from, halves, commute), registers);
+            const Sections s = sectionsOf(*from, halves, commute);
+            if (from == &g && s.shape == strict.shape)
+                continue;
+            Pairing other = bestPairing(*from, s, registers);
             if (other.saving > best.saving)
                 best = std::move(other);
         }
