@@ -25,10 +25,11 @@ namespace {
 
 class Passes : public testing::TestWithParam<std::tuple<Family, Precision, std::string>> {};
 
-// Where the target pairs, the complex kernels of size 64 do; where its
-// vectors are native, the real and Hartley kernels of size 60 run sections
-// in lanes, and so do the scalar 32fc kernels (below 6) with their real
-// and imaginary parts.
+// Where the target pairs, the complex kernels of size 64 do, and so does
+// the 32fc size 20 (one 128-bit set per stage) with its real parts beside
+// its imaginary ones; where its vectors are native, the real and Hartley
+// kernels of size 60 run sections in lanes, and so do the scalar 32fc
+// kernels (below 6) with their real and imaginary parts.
 TEST_P(Passes, KeepEveryBitOfEveryKernel)
 {
     const auto& [family, precision, targetName] = GetParam();
@@ -43,12 +44,12 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
                 paired = paired || isWide(n.kind);
                 inLanes = inLanes || isVector(n.kind);
             }
-            if (!target.pairsSections() || (family.sizeFile == complexSizeFile && size == 64)) {
+            const bool complex = family.sizeFile == complexSizeFile;
+            if (!target.pairsSections() || (complex && (size == 64 || (precision == Precision::Single && size == 20)))) {
                 EXPECT_EQ(paired, target.pairsSections()) << k.exportedName;
             }
-            const bool scalarComplex = family.sizeFile == complexSizeFile && precision == Precision::Single && size < 6;
-            if (scalarComplex ||
-                (family.sizeFile != complexSizeFile && size == 60 && k.exportedName.find("Inv") == std::string::npos)) {
+            const bool scalarComplex = complex && precision == Precision::Single && size < 6;
+            if (scalarComplex || (!complex && size == 60 && k.exportedName.find("Inv") == std::string::npos)) {
                 EXPECT_EQ(inLanes, target.nativeVectors) << k.exportedName;
             }
             // A sum paired with a difference negates the difference's

@@ -20,6 +20,7 @@
 //   lowHalf / highHalf / combine  a vector's halves, and back: a 256-bit
 //                           vector's two 128-bit ones, a V2d's two numbers,
 //                           the two numbers in a V4f's low lanes (zeros above)
+//   swapHalves              a 256-bit vector's 128-bit halves exchanged
 //   toDouble / toSingle     the two low lanes of a V4f to a V2d and back
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the

@@ -90,6 +90,7 @@ TVKG_INLINE V4d unpackHi(V4d a, V4d b) { return _mm256_unpackhi_pd(a, b); }
 TVKG_INLINE V2d lowHalf(V4d a) { return _mm256_castpd256_pd128(a); }
 TVKG_INLINE V2d highHalf(V4d a) { return _mm256_extractf128_pd(a, 1); }
 TVKG_INLINE V4d combine(V2d low, V2d high) { return _mm256_insertf128_pd(_mm256_castpd128_pd256(low), high, 1); }
+TVKG_INLINE V4d swapHalves(V4d a) { return _mm256_permute2f128_pd(a, a, 1); }
 
 TVKG_INLINE V8f load8(const float* p) { return _mm256_load_ps(p); }
 TVKG_INLINE V8f add(V8f a, V8f b) { return _mm256_add_ps(a, b); }
@@ -115,6 +116,7 @@ TVKG_INLINE V8f moveHighHalves(V8f a, V8f b)
 TVKG_INLINE V4f lowHalf(V8f a) { return _mm256_castps256_ps128(a); }
 TVKG_INLINE V4f highHalf(V8f a) { return _mm256_extractf128_ps(a, 1); }
 TVKG_INLINE V8f combine(V4f low, V4f high) { return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1); }
+TVKG_INLINE V8f swapHalves(V8f a) { return _mm256_permute2f128_ps(a, a, 1); }
 #endif
 
 } // namespace tvkgen::simd

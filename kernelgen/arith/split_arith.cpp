@@ -7,24 +7,17 @@
 namespace kernelgen {
 
 SplitArith::SplitArith(Graph& graph, Direction direction, Kind kind, RoundingPolicy rounding)
-    : DftArith(graph, direction, rounding), kind_(kind)
-{
-    if (!isVector(kind)) {
-        const int parent = graph.openedSection();
-        const int re = graph.addSection(Section("real parts"), parent);
-        parts_ = {re, graph.addSection(Section("imaginary parts"), parent)};
-    }
-}
+    : DftArith(graph, direction, rounding), kind_(kind) {}
 
-template <class Make>
-Graph::Value SplitArith::inPart(int which, Make make)
+void SplitArith::enterPart(int which)
 {
-    if (parts_[which] < 0)
-        return make();
-    graph_.enterSection(parts_[which]);
-    const Graph::Value v = make();
-    graph_.closeSection();
-    return v;
+    const int parent = graph_.openedSection();
+    auto parts = parts_.find(parent);
+    if (parts == parts_.end()) {
+        const int re = graph_.addSection(Section("real parts"), parent);
+        parts = parts_.emplace(parent, std::array<int, 2>{re, graph_.addSection(Section("imaginary parts"), parent)}).first;
+    }
+    graph_.enterSection(parts->second[which]);
 }
 
 template <class F>
@@ -48,10 +41,7 @@ void SplitArith::storeScaled(Cx a, int element, Graph::Value scale)
 {
     const Cx out = materialize(a);
     for (int which = 0; which < 2; ++which)
-        inPart(which, [&] {
-            graph_.store(graph_.mul(which == 0 ? out.re : out.im, scale), 2 * element + which);
-            return 0;
-        });
+        inPart(which, [&] { graph_.store(graph_.mul(which == 0 ? out.re : out.im, scale), 2 * element + which); });
 }
 
 Cx SplitArith::enterSum(Cx a)
@@ -84,8 +74,10 @@ Cx SplitArith::materialize(Cx a)
 
 Cx SplitArith::product(Cx a, Graph::Value c, Graph::Value s)
 {
-    const Graph::Value imS = inPart(0, [&] { return graph_.mul(a.im, s); });
+    // Made in the order that pairs each part's products: a times c, then
+    // a with its parts exchanged times s.
     const Graph::Value reC = inPart(0, [&] { return graph_.mul(a.re, c); });
+    const Graph::Value imS = inPart(0, [&] { return graph_.mul(a.im, s); });
     const Graph::Value re = inPart(0, [&] { return graph_.sub(reC, imS); });
     const Graph::Value imC = inPart(1, [&] { return graph_.mul(a.im, c); });
     const Graph::Value reS = inPart(1, [&] { return graph_.mul(a.re, s); });

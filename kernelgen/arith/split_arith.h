@@ -1,11 +1,12 @@
 // 32fc complex arithmetic: real and imaginary parts in separate values,
-// four-lane vectors holding four independent butterflies, or scalars.
-// A scalar arithmetic makes the real parts' operations in one section and
-// the imaginary parts' in another: two sections of one shape, which the
-// pairing pass can run side by side in the lanes of one vector.
+// four-lane vectors holding four independent butterflies, or scalars. The
+// real parts' operations are made in one section and the imaginary parts'
+// in another (inPart below).
 #pragma once
 
 #include <array>
+#include <map>
+#include <type_traits>
 
 #include "arith/complex_arith.h"
 
@@ -41,6 +42,24 @@ public:
     // is never added.
     bool isZero(Cx a) const { return graph_.isZero(a.re) && graph_.isZero(a.im); }
 
+    // What `make` makes, made in the section of part `which` (0 real,
+    // 1 imaginary) inside the section now open: the real parts' operations
+    // and the imaginary parts' form two sections of one shape, which the
+    // pairing pass can run side by side in the halves of one vector.
+    template <class Make>
+    auto inPart(int which, Make make)
+    {
+        enterPart(which);
+        if constexpr (std::is_void_v<decltype(make())>) {
+            make();
+            graph_.closeSection();
+        } else {
+            const auto v = make();
+            graph_.closeSection();
+            return v;
+        }
+    }
+
     // Scalar kernels: element `element` of src (its parts at 2 * element
     // and 2 * element + 1), and a times the scale factor into element
     // `element` of dst.
@@ -49,10 +68,8 @@ public:
 
 private:
     Graph::Value part(Graph::Value v, bool negative);
-    // The value `make` makes, made in the section of part `which` (0 real,
-    // 1 imaginary) where the parts have sections.
-    template <class Make>
-    Graph::Value inPart(int which, Make make);
+    // Enters the section of part `which` inside the section now open.
+    void enterPart(int which);
     // f applied to each part of a present, in its part's section; the
     // pending signs kept.
     template <class F>
@@ -60,7 +77,8 @@ private:
     // a (c + i s) for a materialized a and constants c, s: four products and two sums.
     Cx product(Cx a, Graph::Value c, Graph::Value s);
     Kind kind_;
-    std::array<int, 2> parts_{-1, -1}; // the sections of the real and imaginary parts; -1: none
+    // The sections of the real and imaginary parts, by the section they are made in.
+    std::map<int, std::array<int, 2>> parts_;
 };
 
 } // namespace kernelgen

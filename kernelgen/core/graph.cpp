@@ -86,6 +86,7 @@ LaneSource shuffleSource(Shuffle pattern, Kind kind, int lane)
     case Shuffle::LowHalf: return {0, lane};
     case Shuffle::HighHalf: return {0, lane + lanes};
     case Shuffle::Combine: return {lane < lanes / 2 ? 0 : 1, lane % (lanes / 2)};
+    case Shuffle::SwapHalves: return {0, (lane + lanes / 2) % lanes};
     default: break;
     }
     const int width = isSingle(kind) ? 4 : 2, base = lane / width * width;

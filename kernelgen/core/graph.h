@@ -75,6 +75,7 @@ enum class Shuffle {
     LowHalf,        // V4F64 -> V2F64, V8F32 -> V4F32, V2F64 -> F64: the low half
     HighHalf,       // the high half
     Combine,        // two halves -> one vector, a below b
+    SwapHalves,     // a vector of two halves with its halves exchanged
 };
 
 // Where lane `lane` of a shuffle's result of `kind` comes from: lane `lane`

@@ -65,6 +65,7 @@ const char* shuffleCall(Shuffle pattern)
     case Shuffle::LowHalf: return "lowHalf";
     case Shuffle::HighHalf: return "highHalf";
     case Shuffle::Combine: return "combine";
+    case Shuffle::SwapHalves: return "swapHalves";
     case Shuffle::None: break;
     }
     throw std::logic_error("a shuffle node without a pattern");

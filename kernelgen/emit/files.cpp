@@ -1,5 +1,6 @@
 #include "emit/files.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "emit/cpp_body.h"
@@ -113,7 +114,9 @@ std::string printPieceFile(const PieceFile& file, const std::string& invocation)
     out << "\nnamespace " << file.space << " {\n\nusing namespace tvkgen::simd;\n\n"
         << (file.header ? "" : "namespace {\n\n");
     for (const PieceFunction& f : file.functions) {
-        const std::string value = cppType(f.graph.nodes().front().kind);
+        const auto load = std::find_if(f.graph.nodes().begin(), f.graph.nodes().end(),
+                                       [](const Node& n) { return n.op == Op::Load; });
+        const std::string value = cppType(load->kind);
         out << "// " << f.comment << "\n// " << countsComment(f.graph) << ".\n"
             << (file.header ? "TVKG_INLINE " : "") << "void " << f.name << "(";
         if (!f.sizeTag.empty())

@@ -104,8 +104,8 @@ std::vector<Signal> transposeSets(SplitArith& ar, const std::vector<Signal>& in,
                 re[l] = y.re;
                 im[l] = y.im;
             }
-            const auto reT = transpose(g, re);
-            const auto imT = transpose(g, im);
+            const auto reT = ar.inPart(0, [&] { return transpose(g, re); });
+            const auto imT = ar.inPart(1, [&] { return transpose(g, im); });
             for (int l = 0; l < 4; ++l)
                 out[block][4 * set + l] = Cx{reT[l], imT[l]};
         }

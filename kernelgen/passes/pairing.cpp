@@ -50,7 +50,7 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
 
 // The sections of a graph, their operations in order (leaves left out: a
 // constant serves every section that names it), and which can be paired;
-// with `commute`, a scalar sum's operands match in either order.
+// with `commute`, a sum's operands match in either order.
 struct Sections {
     std::vector<std::vector<int>> nodes;
     std::vector<std::string> shape;  // operations and operands in order, each difference as a sum
@@ -100,9 +100,9 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves, bool commut
         local[i] = position;
         s.nodes[n.section].push_back(static_cast<int>(i));
         // A sum pairs with a difference: a - b is a + (-b) exactly, and
-        // b - a is (-a) + b, so a scalar sum's operands can be taken in
-        // either order. (Vector sections keep theirs: the DCT-IV pieces
-        // rely on the pairs their order makes.)
+        // b - a is (-a) + b, so a sum's operands can be taken in either
+        // order (the real part of a complex product, re*c - im*s, beside
+        // the imaginary part, re*s + im*c).
         const bool sum = n.op == Op::Add || n.op == Op::Sub;
         s.exact[n.section] += std::to_string(static_cast<int>(n.op)) + ";";
         std::string& shape = s.shape[n.section];
@@ -123,7 +123,7 @@ Sections sectionsOf(const Graph& g, const std::vector<Kind>& halves, bool commut
             else
                 operands[k] = ",E";
         }
-        s.commuted[i] = commute && sum && !isVector(n.kind) && operands[1] < operands[0];
+        s.commuted[i] = commute && sum && operands[1] < operands[0];
         shape += s.commuted[i] ? operands[1] + operands[0] : operands[0] + operands[1];
         shape += ";";
     }
@@ -278,10 +278,7 @@ private:
     int both(int x, int y)
     {
         if (role_[x].id >= 0 && role_[x].id == role_[y].id && role_[x].high != role_[y].high) {
-            if (role_[y].high)
-                return pair(role_[x].id);
-            if (!isVector(g_.nodes()[x].kind))
-                return swapped(role_[x].id);
+            return role_[y].high ? pair(role_[x].id) : swapped(role_[x].id);
         }
         const auto known = combined_.find({x, y});
         if (known != combined_.end())
@@ -310,7 +307,7 @@ private:
         const auto known = swapped_.find(id);
         if (known != swapped_.end())
             return known->second;
-        const int v = out_.shuffle(Shuffle::SwapLanes, pair(id));
+        const int v = out_.shuffle(isWide(out_.kind(pair(id))) ? Shuffle::SwapHalves : Shuffle::SwapLanes, pair(id));
         gathers_.insert(v);
         return swapped_[id] = v;
     }
@@ -554,22 +551,22 @@ Pairing bestPairing(const Graph& g, const Sections& s, int registers)
     }
 }
 
-// The graph with each section nested deeper than two levels merged into
-// its ancestor two levels down: the first-stage groups of a join inside the
-// transposed road of an inverse kernel take the steps of the convolution
-// forms they run (spectrum products, inner transforms) into themselves.
-// `moved` says whether any operation changed section.
-Graph mergedBelowTwoLevels(const Graph& g, bool& moved)
+// The graph with each section nested deeper than `levels` merged into its
+// ancestor at that depth: at two levels, the first-stage groups of a join
+// inside the transposed road of an inverse kernel take the steps of the
+// convolution forms they run (spectrum products, inner transforms) into
+// themselves; at one, the groups of a 32fc stage take their real and
+// imaginary parts back. `moved` says whether any operation changed section.
+Graph mergedBelow(const Graph& g, size_t levels, bool& moved)
 {
-    constexpr size_t kLevels = 2;
     Graph out = g;
     moved = false;
     for (size_t i = 0; i < g.nodes().size(); ++i) {
         std::vector<int> chain; // the node's section and its ancestors, innermost first
         for (int s = g.nodes()[i].section; s >= 0; s = g.sections()[s].parent)
             chain.push_back(s);
-        if (chain.size() > kLevels) {
-            out.placeInSection(static_cast<int>(i), chain[chain.size() - kLevels]);
+        if (chain.size() > levels) {
+            out.placeInSection(static_cast<int>(i), chain[chain.size() - levels]);
             moved = true;
         }
     }
@@ -583,26 +580,32 @@ Graph pairSections(const Graph& g, const std::vector<Kind>& halves, int register
     // Besides the strict match over the method's sections: sums taken in
     // either order, which match more sections (but new pairs can take
     // partners from pairs that saved more), and both matches over the
-    // sections two levels deep, where whole groups pair instead of their
-    // steps one by one with moves between. The whole that the cost model
-    // rates highest is kept, the first on a tie. A search whose sections
-    // are those of one already made would find the same whole: it is left
-    // out.
-    const Sections strict = sectionsOf(g, halves, false);
-    Pairing best = bestPairing(g, strict, registers);
-    bool moved = false;
-    const Graph merged = mergedBelowTwoLevels(g, moved);
-    for (const Graph* from : {&g, &merged})
-        for (bool commute : {false, true}) {
-            if ((from == &g && !commute) || (from == &merged && !moved))
-                continue;
-            const Sections s = sectionsOf(*from, halves, commute);
-            if (from == &g && s.shape == strict.shape)
-                continue;
-            Pairing other = bestPairing(*from, s, registers);
-            if (other.saving > best.saving)
-                best = std::move(other);
-        }
+    // sections merged two levels deep, where whole groups pair instead of
+    // their steps one by one with moves between, and one level deep, where
+    // 32fc groups pair with each other rather than their real parts with
+    // their imaginary ones. The whole that the cost model rates highest is
+    // kept, the first on a tie. A search whose sections are those of one
+    // already made would find the same whole: it is left out.
+    Pairing best{g, 0};
+    const auto search = [&](const Graph& from) {
+        const Sections strict = sectionsOf(from, halves, false);
+        Pairing other = bestPairing(from, strict, registers);
+        if (other.saving > best.saving)
+            best = std::move(other);
+        const Sections commuting = sectionsOf(from, halves, true);
+        if (commuting.shape == strict.shape)
+            return;
+        other = bestPairing(from, commuting, registers);
+        if (other.saving > best.saving)
+            best = std::move(other);
+    };
+    search(g);
+    for (size_t levels : {2, 1}) {
+        bool moved = false;
+        const Graph merged = mergedBelow(g, levels, moved);
+        if (moved)
+            search(merged);
+    }
     return std::move(best.graph);
 }
 
