@@ -105,6 +105,44 @@ TEST(Pairing, DifferenceBesideReversedDifference)
     }
 }
 
+// Rows of arithmetic alone, and two rows that load and store at two places
+// each: the first pairing puts the rows two by two into 128-bit vectors;
+// the second pairs the first four into 256-bit vectors and copies the pair
+// of the last two as it is, both places of its load and its store kept.
+TEST(Pairing, PairLeftAloneKeepsBothPlaces)
+{
+    Graph g;
+    const auto chain = [&](Graph::Value a) {
+        const Graph::Value t = g.add(g.mul(a, a), a);
+        return g.add(g.mul(t, t), t);
+    };
+    for (int row = 0; row < 4; ++row) {
+        const Graph::Value a = g.load(Kind::F64, row);
+        Graph::Value y;
+        {
+            SectionScope scope(g, Section("rows", "row", row));
+            y = chain(a);
+        }
+        g.store(y, row);
+    }
+    const int from[] = {8, 12}, to[] = {11, 6};
+    for (int row = 0; row < 2; ++row) {
+        SectionScope scope(g, Section("rows at two places", "row", row));
+        g.store(chain(g.load(Kind::F64, from[row])), to[row]);
+    }
+    const Graph lowered = lower(g, targetNamed("avx2"));
+    bool wide = false, twoPlaces = false;
+    for (const Node& n : lowered.nodes()) {
+        wide = wide || n.kind == Kind::V4F64;
+        twoPlaces = twoPlaces || (n.op == Op::Store && n.kind == Kind::V2F64 && n.offset2 == 6);
+    }
+    EXPECT_TRUE(wide && twoPlaces);
+    Bytes src(13 * sizeof(double));
+    fixedInput(true, 13, src.data(), 7);
+    EXPECT_TRUE(run(lowered, src, 1.0) == run(g, src, 1.0));
+    EXPECT_TRUE(run(perElement(lowered), src, 1.0) == run(g, src, 1.0));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Kernels, Passes,
     testing::Combine(testing::ValuesIn(kFamilies), testing::Values(Precision::Single, Precision::Double),

@@ -203,6 +203,8 @@ public:
                 continue;
             if (role_[i].id >= 0)
                 pair(role_[i].id);
+            else if (n.op == Op::Store && n.offset2 >= 0)
+                place(i, [&] { out_.storeHalves(single(n.a), n.offset, n.offset2); return -1; });
             else if (n.op == Op::Store)
                 place(i, [&] { out_.store(single(n.a), n.offset); return -1; });
             else
@@ -254,7 +256,9 @@ private:
                    const int b = n.b >= 0 ? single(n.b) : -1;
                    const int a = n.a >= 0 ? single(n.a) : -1;
                    switch (n.op) {
-                   case Op::Load: return out_.load(n.kind, n.offset);
+                   case Op::Load:
+                       return n.offset2 >= 0 ? out_.loadHalves(halfKind(n.kind), n.offset, n.offset2)
+                                             : out_.load(n.kind, n.offset);
                    case Op::LoadElement: return out_.loadElement(n.offset);
                    case Op::Constant: {
                        const ConstantDef& c = g_.constants()[n.constant];
