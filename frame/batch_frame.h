@@ -10,10 +10,6 @@
 #include <cstring>
 
 #include "scale.h"
-// Before the lane toolkit, whose shuffles it overloads.
-#if defined(__AVX512F__)
-#include "simd/vec_avx512.h"
-#endif
 #include "simd/convert.h"
 #include "simd/lanes.h"
 #include "tvkgen.h"

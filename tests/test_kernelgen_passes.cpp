@@ -14,6 +14,7 @@
 #include <tuple>
 
 #include "digest_inputs.h"
+#include "families/dct4.h"
 #include "kernelgen_families.h"
 #include "passes/lanes.h"
 #include "passes/lower.h"
@@ -25,9 +26,11 @@ namespace {
 
 class Passes : public testing::TestWithParam<std::tuple<Family, Precision, std::string>> {};
 
-// Where the target pairs, the complex kernels of size 64 do, and so does
-// the 32fc size 20 (one 128-bit set per stage) with its real parts beside
-// its imaginary ones; where its vectors are native, the real and Hartley
+// Where the target pairs into 256 bits, the complex kernels of size 64 do,
+// and so does the 32fc size 20 (one 128-bit set per stage) with its real
+// parts beside its imaginary ones; where it pairs those again into 512
+// bits, the 64fc kernels of size 52 do; where its vectors are native, the
+// real and Hartley
 // kernels of size 60 run sections in lanes, and so do the scalar 32fc
 // kernels (below 6) with their real and imaginary parts.
 TEST_P(Passes, KeepEveryBitOfEveryKernel)
@@ -39,16 +42,21 @@ TEST_P(Passes, KeepEveryBitOfEveryKernel)
     for (int size : family.sizes(precision))
         for (const FramedKernel& k : family.sizeFile(precision, size).kernels) {
             const Graph lowered = lower(k.graph, target), scalar = perElement(lowered);
-            bool paired = false, inLanes = false;
+            bool paired = false, pairedTwice = false, inLanes = false;
             for (const Node& n : lowered.nodes()) {
                 paired = paired || isWide(n.kind);
+                pairedTwice = pairedTwice || registerBytes(n.kind) == 64;
                 inLanes = inLanes || isVector(n.kind);
             }
             const bool complex = family.sizeFile == complexSizeFile;
-            if (!target.pairsSections() || (complex && (size == 64 || (precision == Precision::Single && size == 20)))) {
-                EXPECT_EQ(paired, target.pairsSections()) << k.exportedName;
+            const bool single = precision == Precision::Single;
+            if (!target.pairsInto(Kind::V8F32) || (complex && (size == 64 || (single && size == 20)))) {
+                EXPECT_EQ(paired, target.pairsInto(Kind::V8F32)) << k.exportedName;
             }
-            const bool scalarComplex = complex && precision == Precision::Single && size < 6;
+            if (!target.pairsInto(Kind::V8F64) || (complex && !single && size == 52)) {
+                EXPECT_EQ(pairedTwice, target.pairsInto(Kind::V8F64)) << k.exportedName;
+            }
+            const bool scalarComplex = complex && single && size < 6;
             if (scalarComplex || (!complex && size == 60 && k.exportedName.find("Inv") == std::string::npos)) {
                 EXPECT_EQ(inLanes, target.nativeVectors) << k.exportedName;
             }
@@ -141,6 +149,59 @@ TEST(Pairing, PairLeftAloneKeepsBothPlaces)
     fixedInput(true, 13, src.data(), 7);
     EXPECT_TRUE(run(lowered, src, 1.0) == run(g, src, 1.0));
     EXPECT_TRUE(run(perElement(lowered), src, 1.0) == run(g, src, 1.0));
+}
+
+// Eight rows of 128-bit vectors that load, compute and store inside their
+// sections: at avx512 they pair into 256 bits and again into 512, where each
+// 256-bit half loads and stores at its own two places.
+TEST(Pairing, EightRowsInOneVector)
+{
+    Graph g;
+    for (int row = 0; row < 8; ++row) {
+        SectionScope scope(g, Section("rows", "row", row));
+        const Graph::Value a = g.load(Kind::V2F64, 2 * row);
+        const Graph::Value t = g.add(g.mul(a, a), a);
+        g.store(g.add(g.mul(t, t), t), 2 * ((row * 3) % 8));
+    }
+    const Graph lowered = lower(g, targetNamed("avx512"));
+    int widest = 0;
+    for (const Node& n : lowered.nodes())
+        widest += n.kind == Kind::V8F64 && (n.op == Op::Add || n.op == Op::Mul);
+    EXPECT_EQ(widest, 8);
+    Bytes src(16 * sizeof(double));
+    fixedInput(true, 16, src.data(), 9);
+    EXPECT_TRUE(run(lowered, src, 1.0) == run(g, src, 1.0));
+    EXPECT_TRUE(run(perElement(lowered), src, 1.0) == run(g, src, 1.0));
+}
+
+// The DCT-IV pieces, lowered for every target that has their vectors, give
+// the bytes of their own graphs; at avx512 some run two 256-bit sections in
+// one 512-bit vector.
+TEST(Pairing, KeepsEveryBitOfTheDct4Pieces)
+{
+    const PieceFile pieces = dct4Pieces();
+    for (const std::string& name : targetNames()) {
+        const Target target = targetNamed(name);
+        bool pairedTwice = false;
+        unsigned seed = 5;
+        for (const PieceFunction& f : pieces.functions) {
+            bool runs = true, single = false;
+            for (const Node& n : f.graph.nodes()) {
+                runs = runs && target.has(n.kind);
+                single = single || (isLoad(n.op) && isSingle(n.kind));
+            }
+            if (!runs)
+                continue;
+            const Graph lowered = lower(f.graph, target);
+            for (const Node& n : lowered.nodes())
+                pairedTwice = pairedTwice || registerBytes(n.kind) == 64;
+            Bytes src(reach(f.graph, false));
+            const size_t numberBytes = single ? 4 : 8;
+            fixedInput(!single, src.size() / numberBytes, src.data(), ++seed);
+            EXPECT_TRUE(run(lowered, src, 1.0) == run(f.graph, src, 1.0)) << name << " " << f.name << f.sizeTag;
+        }
+        EXPECT_EQ(pairedTwice, target.pairsInto(Kind::V8F64)) << name;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

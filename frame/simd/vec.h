@@ -1,7 +1,9 @@
 // The vector layer: every vector operation of the kernels goes through the
 // free functions declared by one of the two back ends below, on the types
 // V4f (four binary32 lanes) and V2d (two binary64 lanes); at the avx2 level
-// the sse2 back end adds V8f and V4d, two of those in one 256-bit register.
+// the sse2 back end adds V8f and V4d, two of those in one 256-bit register,
+// and at the avx512 level vec_avx512.h adds V16f and V8d, two of those in
+// one 512-bit register.
 //
 //   loadScalar / storeScalar  one number at any byte address
 //   load / store            aligned 128-bit moves
@@ -17,10 +19,12 @@
 //   moveHighHalves          (a2, a3, b2, b3)
 //   broadcast (V4f or V2d by argument type)
 //   load8 / load4           aligned 256-bit loads (V8f / V4d)
-//   lowHalf / highHalf / combine  a vector's halves, and back: a 256-bit
-//                           vector's two 128-bit ones, a V2d's two numbers,
-//                           the two numbers in a V4f's low lanes (zeros above)
-//   swapHalves              a 256-bit vector's 128-bit halves exchanged
+//   load16 / load8          aligned 512-bit loads (V16f / V8d)
+//   lowHalf / highHalf / combine  a vector's halves, and back: a 512-bit
+//                           vector's two 256-bit ones, a 256-bit vector's
+//                           two 128-bit ones, a V2d's two numbers, the two
+//                           numbers in a V4f's low lanes (zeros above)
+//   swapHalves              a 256- or 512-bit vector's halves exchanged
 //   toDouble / toSingle     the two low lanes of a V4f to a V2d and back
 //
 // Both back ends give the same bytes: each lane is one IEEE operation of the
@@ -74,6 +78,9 @@ TVKG_INLINE void storeScalar(T* p, T v)
 #include "vec_portable.h"
 #else
 #include "vec_sse2.h"
+#endif
+#if defined(__AVX512F__)
+#include "vec_avx512.h"
 #endif
 
 namespace tvkgen::simd {

@@ -1,5 +1,6 @@
 #include "core/graph.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <stdexcept>
@@ -14,6 +15,8 @@ int laneCount(Kind kind)
     case Kind::V4F64: return 4;
     case Kind::V8F32: return 8;
     case Kind::V2F32: return 2;
+    case Kind::V8F64: return 8;
+    case Kind::V16F32: return 16;
     default: return 1;
     }
 }
@@ -21,9 +24,11 @@ int laneCount(Kind kind)
 bool isVector(Kind kind) { return laneCount(kind) > 1; }
 bool isSingle(Kind kind)
 {
-    return kind == Kind::F32 || kind == Kind::V2F32 || kind == Kind::V4F32 || kind == Kind::V8F32;
+    return kind == Kind::F32 || kind == Kind::V2F32 || kind == Kind::V4F32 || kind == Kind::V8F32 ||
+           kind == Kind::V16F32;
 }
-bool isWide(Kind kind) { return kind == Kind::V4F64 || kind == Kind::V8F32; }
+int registerBytes(Kind kind) { return kind == Kind::V2F32 ? 16 : laneCount(kind) * (isSingle(kind) ? 4 : 8); }
+bool isWide(Kind kind) { return registerBytes(kind) > 16; }
 
 Kind wideKind(Kind half)
 {
@@ -32,6 +37,8 @@ Kind wideKind(Kind half)
     case Kind::F64: return Kind::V2F64;
     case Kind::V2F64: return Kind::V4F64;
     case Kind::V4F32: return Kind::V8F32;
+    case Kind::V4F64: return Kind::V8F64;
+    case Kind::V8F32: return Kind::V16F32;
     default: throw std::logic_error("no vector of two of this kind");
     }
 }
@@ -43,6 +50,8 @@ Kind halfKind(Kind wide)
     case Kind::V2F64: return Kind::F64;
     case Kind::V4F64: return Kind::V2F64;
     case Kind::V8F32: return Kind::V4F32;
+    case Kind::V8F64: return Kind::V4F64;
+    case Kind::V16F32: return Kind::V8F32;
     default: throw std::logic_error("not a vector of two halves");
     }
 }
@@ -352,10 +361,9 @@ OpCounts Graph::countOps() const
         const Node& node = nodes_[i];
         counts.wide += node.kind == Kind::F64 && node.op != Op::Constant && hasSingle;
         // A paired operation does the work of every section it holds; a
-        // 256-bit operation built as such, of two 128-bit ones.
+        // wider operation built as such, of as many 128-bit ones as it holds.
         const int work = node.section >= 0 && sections_[node.section].pair[0] >= 0 ? sectionsHeld(node.section)
-                         : isWide(node.kind)                                     ? 2
-                                                                                 : 1;
+                                                                                 : std::max(1, registerBytes(node.kind) / 16);
         switch (node.op) {
         case Op::Add:
         case Op::Sub: counts.addSub += work; break;

@@ -23,15 +23,18 @@ namespace kernelgen {
 // producing it.
 // V2F32: two binary32 numbers in the low lanes of a 128-bit vector, its
 // upper lanes zero (two sections of a scalar kernel side by side).
-enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32, V2F32 };
+enum class Kind { F32, F64, V4F32, V2F64, V4F64, V8F32, V2F32, V8F64, V16F32 };
 
 int laneCount(Kind kind);
 bool isVector(Kind kind);
 bool isSingle(Kind kind); // binary32 lanes
-// 256-bit vectors (the avx2 level).
+// Vectors wider than 128 bits: 256 (the avx2 level) and 512 (avx512).
 bool isWide(Kind kind);
+// The bytes a value of the kind takes in a register (two binary32 lanes
+// fill a 128-bit vector).
+int registerBytes(Kind kind);
 // A vector of two halves and its half: two numbers in 128 bits, two
-// 128-bit vectors in 256.
+// 128-bit vectors in 256, two 256-bit ones in 512.
 Kind wideKind(Kind half);
 Kind halfKind(Kind wide);
 
@@ -72,15 +75,15 @@ enum class Shuffle {
     OddLanesLow,    // (a1, a3, b0, b0)
     // Between a vector and its two halves (the paired operations of the
     // pairing pass):
-    LowHalf,        // V4F64 -> V2F64, V8F32 -> V4F32, V2F64 -> F64: the low half
+    LowHalf,        // V8F64 -> V4F64, V4F64 -> V2F64, V2F64 -> F64, ...: the low half
     HighHalf,       // the high half
     Combine,        // two halves -> one vector, a below b
     SwapHalves,     // a vector of two halves with its halves exchanged
 };
 
 // Where lane `lane` of a shuffle's result of `kind` comes from: lane `lane`
-// of operand a (0) or b (1). 256-bit vectors apply a 128-bit pattern to each
-// half, as the avx2 level does.
+// of operand a (0) or b (1). 256- and 512-bit vectors apply a 128-bit
+// pattern to each 128-bit part, as the avx2 and avx512 levels do.
 struct LaneSource {
     int operand;
     int lane;

@@ -13,7 +13,7 @@ namespace {
 
 // The lanes of one value, each as the bits of its element type (binary32
 // lanes in the low 32 bits).
-using Lanes = std::array<std::uint64_t, 8>;
+using Lanes = std::array<std::uint64_t, 16>;
 
 std::uint64_t bitsOf(float x) { return std::bit_cast<std::uint32_t>(x); }
 std::uint64_t bitsOf(double x) { return std::bit_cast<std::uint64_t>(x); }

@@ -17,6 +17,8 @@ const char* cppType(Kind kind)
     case Kind::V2F32: return "V4f";
     case Kind::V4F64: return "V4d";
     case Kind::V8F32: return "V8f";
+    case Kind::V8F64: return "V8d";
+    case Kind::V16F32: return "V16f";
     default: return "V2d";
     }
 }
@@ -79,7 +81,7 @@ std::string arithmeticExpr(const Graph& g, const Node& n, const std::string& a, 
     case Op::Constant:
         if (!vec)
             return g.constants()[n.constant].name;
-        return (n.kind == Kind::V4F64 ? "load4(" : n.kind == Kind::V8F32 ? "load8(" : "load(") +
+        return (isWide(n.kind) ? "load" + std::to_string(laneCount(n.kind)) + "(" : std::string("load(")) +
                g.constants()[n.constant].name + ")";
     case Op::Add: return vec ? "add(" + a + ", " + b + ")" : a + " + " + b;
     case Op::Sub: return vec ? "sub(" + a + ", " + b + ")" : a + " - " + b;
@@ -225,7 +227,7 @@ std::string printConstants(const std::vector<const Graph*>& graphs, bool local, 
             const char* real = isSingle(c.kind) ? "float" : "double";
             // Two binary32 lanes fill a 128-bit vector with zeros above.
             const size_t lanes = c.kind == Kind::V2F32 ? 4 : c.lanes.size();
-            out << (isWide(c.kind) ? "alignas(32) " : "alignas(16) ") << storage << real << " " << c.name << "[" << lanes << "] = {";
+            out << "alignas(" << registerBytes(c.kind) << ") " << storage << real << " " << c.name << "[" << lanes << "] = {";
             for (size_t l = 0; l < lanes; ++l)
                 out << (l ? ", " : "") << literal(c.kind, l < c.lanes.size() ? c.lanes[l] : Exact(0));
             out << "};";

@@ -8,9 +8,14 @@ namespace kernelgen {
 
 Graph lower(const Graph& g, const Target& target)
 {
-    Graph out = target.nativeVectors ? pairSections(g, {Kind::F32, Kind::F64}, target.registers) : g;
-    if (target.pairsSections())
-        out = pairSections(out, {Kind::V2F64, Kind::V4F32}, target.registers);
+    // Numbers two by two in 128 bits, those pairs two by two in 256, and
+    // those again in 512, as far as the target's vectors reach.
+    Graph out = g;
+    for (const std::vector<Kind>& halves : {std::vector<Kind>{Kind::F32, Kind::F64},
+                                            std::vector<Kind>{Kind::V2F64, Kind::V4F32},
+                                            std::vector<Kind>{Kind::V4F64, Kind::V8F32}})
+        if (target.pairsInto(wideKind(halves.back())))
+            out = pairSections(out, halves, target.registers);
     out.setPrintOrder(emissionOrder(out, target.registers));
     return out;
 }

@@ -24,8 +24,10 @@ bool pairable(const Node& n, const std::vector<Kind>& halves)
     if (std::find(halves.begin(), halves.end(), n.kind) == halves.end())
         return false;
     switch (n.op) {
+    // Not already two halves from two places, unless those are 128-bit
+    // vectors: a pair of such loads (stores) is four 128-bit moves.
     case Op::Load:
-    case Op::Store: return n.offset2 < 0; // not already two halves
+    case Op::Store: return n.offset2 < 0 || isVector(halfKind(n.kind));
     case Op::Add:
     case Op::Sub:
     case Op::Mul: return true;
@@ -203,10 +205,8 @@ public:
                 continue;
             if (role_[i].id >= 0)
                 pair(role_[i].id);
-            else if (n.op == Op::Store && n.offset2 >= 0)
-                place(i, [&] { out_.storeHalves(single(n.a), n.offset, n.offset2); return -1; });
             else if (n.op == Op::Store)
-                place(i, [&] { out_.store(single(n.a), n.offset); return -1; });
+                place(i, [&] { return moved(n, single(n.a)); });
             else
                 place(i, [&] { out_.storeElement(single(n.a), n.op == Op::StoreHighElement, n.offset); return -1; });
         }
@@ -220,7 +220,8 @@ private:
     };
 
     // A copied node keeps its section; the paired operations made for its
-    // operands keep theirs.
+    // operands join it, the copies of its operands keep theirs (a load
+    // outside every section stays outside).
     template <class Make>
     int place(size_t original, Make make)
     {
@@ -229,8 +230,10 @@ private:
         const int section = g_.nodes()[original].section;
         if (section >= 0)
             for (size_t i = before; i < out_.nodes().size(); ++i)
-                if (out_.nodes()[i].section < 0)
+                if (out_.nodes()[i].section < 0 && !copies_.count(static_cast<int>(i)))
                     out_.placeInSection(static_cast<int>(i), section);
+        if (v >= 0)
+            copies_.insert(v);
         return v;
     }
 
@@ -256,9 +259,7 @@ private:
                    const int b = n.b >= 0 ? single(n.b) : -1;
                    const int a = n.a >= 0 ? single(n.a) : -1;
                    switch (n.op) {
-                   case Op::Load:
-                       return n.offset2 >= 0 ? out_.loadHalves(halfKind(n.kind), n.offset, n.offset2)
-                                             : out_.load(n.kind, n.offset);
+                   case Op::Load: return moved(n, -1);
                    case Op::LoadElement: return out_.loadElement(n.offset);
                    case Op::Constant: {
                        const ConstantDef& c = g_.constants()[n.constant];
@@ -303,6 +304,19 @@ private:
         return combined_[{x, y}] = out_.combine(single(x), high);
     }
 
+    // The load (value < 0) or the store of `value` that n makes, at its
+    // one or two places.
+    int moved(const Node& n, int value)
+    {
+        if (value < 0)
+            return n.offset2 >= 0 ? out_.loadHalves(halfKind(n.kind), n.offset, n.offset2) : out_.load(n.kind, n.offset);
+        if (n.offset2 >= 0)
+            out_.storeHalves(value, n.offset, n.offset2);
+        else
+            out_.store(value, n.offset);
+        return -1;
+    }
+
     // The pair `id` with its halves swapped: a real part beside the
     // imaginary one it reads. A move between the lanes, made where it is
     // used and left outside the paired section.
@@ -311,7 +325,8 @@ private:
         const auto known = swapped_.find(id);
         if (known != swapped_.end())
             return known->second;
-        const int v = out_.shuffle(isWide(out_.kind(pair(id))) ? Shuffle::SwapHalves : Shuffle::SwapLanes, pair(id));
+        const Kind kind = out_.kind(pair(id));
+        const int v = out_.shuffle(isVector(halfKind(kind)) ? Shuffle::SwapHalves : Shuffle::SwapLanes, pair(id));
         gathers_.insert(v);
         return swapped_[id] = v;
     }
@@ -365,7 +380,8 @@ private:
         std::vector<bool> negative(2 * lanes, which.low);
         std::fill(negative.begin() + lanes, negative.end(), which.high);
         const std::string name = std::string("kNegate") + (!which.low ? "High" : !which.high ? "Low" : "Both") +
-                                 (isSingle(half) ? "Single" : "Double") + (lanes > 1 ? "Pairs" : "");
+                                 (isSingle(half) ? "Single" : "Double") + (lanes > 1 ? "Pairs" : "") +
+                                 (isWide(half) ? "Wide" : "");
         return out_.signMask(name, wideKind(half), negative);
     }
 
@@ -387,8 +403,20 @@ private:
         const int a = n.a >= 0 ? both(n.a, reversed ? m.b : m.a) : -1;
         int v = -1;
         switch (n.op) {
-        case Op::Load: v = out_.loadHalves(n.kind, n.offset, m.offset); break;
-        case Op::Store: out_.storeHalves(a, n.offset, m.offset); v = 0; break;
+        // 256-bit halves move each on its own, at its one or two places:
+        // an insert from memory, an extract to it.
+        case Op::Load:
+            v = isWide(n.kind) ? out_.combine(moved(n, -1), moved(m, -1)) : out_.loadHalves(n.kind, n.offset, m.offset);
+            break;
+        case Op::Store:
+            if (isWide(n.kind)) {
+                moved(n, out_.half(a, false));
+                moved(m, out_.half(a, true));
+            } else {
+                out_.storeHalves(a, n.offset, m.offset);
+            }
+            v = 0;
+            break;
         case Op::Add:
         case Op::Sub: {
             const bool highSub = m.op == Op::Sub;
@@ -430,6 +458,7 @@ private:
     std::map<int, int> swapped_;
     std::map<std::tuple<int, bool, bool>, int> negated_;
     std::set<int> gathers_;
+    std::set<int> copies_;
 };
 
 bool arithmetic(const Node& n)
@@ -455,10 +484,19 @@ int arithmeticCount(const Graph& g)
     return count;
 }
 
+// What a move between the halves of a `wide` vector costs: one operation;
+// two between the 256-bit halves of a 512-bit vector, which take the one
+// shuffle port that 512-bit arithmetic shares on AVX-512 processors.
+// Counted as one, 64fc 53, 56 and 64 paired with 30 to 70 more shuffles
+// per call and ran slower; counted as two, 64fc 52 (a third fewer
+// arithmetic operations, as many shuffles) and 55 pair, and 53, 56 and 64
+// stay at 256 bits.
+int moveCost(Kind wide) { return registerBytes(wide) == 64 ? 2 : 1; }
+
 // Operations the pairing saves against the moves between halves it adds:
 // a half moved from or to memory costs nothing (an insert from memory is a
-// load, an extract to memory a store), between registers one operation,
-// and the low half is the register itself. Each paired section's own
+// load, an extract to memory a store), between registers moveCost, and the
+// low half is the register itself. Each paired section's own
 // balance charges it the moves into the vectors it uses first and out of
 // the vectors it makes.
 struct Saving {
@@ -499,13 +537,13 @@ Saving saving(const Graph& g, const Graph& paired)
         if (n.pattern == Shuffle::Combine) {
             const Op high = paired.nodes()[n.b].op;
             if (high != Op::Load && high != Op::Constant) {
-                --s.total;
-                charge(firstUser[i], -1);
+                s.total -= moveCost(n.kind);
+                charge(firstUser[i], -moveCost(n.kind));
             }
         }
         if (n.pattern == Shuffle::HighHalf && !onlyStored[i]) {
-            --s.total;
-            charge(n.a, -1);
+            s.total -= moveCost(paired.nodes()[n.a].kind);
+            charge(n.a, -moveCost(paired.nodes()[n.a].kind));
         }
     }
     return s;

@@ -9,13 +9,14 @@ namespace {
 
 // The portable layer emulates the 128-bit vectors of the sse2 level with
 // the same operations, so it runs the same graphs. The avx512 level runs
-// the avx2 level's vectors with twice the registers.
+// the avx2 level's vectors, and two of them in one register, with twice
+// the registers.
 const std::vector<Target>& targets()
 {
     static const std::vector<Target> all = {
         {"sse2", {Kind::V4F32, Kind::V2F64}, 16, true},
         {"avx2", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 16, true},
-        {"avx512", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64}, 32, true},
+        {"avx512", {Kind::V4F32, Kind::V2F64, Kind::V8F32, Kind::V4F64, Kind::V16F32, Kind::V8F64}, 32, true},
         {"portable", {Kind::V4F32, Kind::V2F64}, 16, false},
     };
     return all;

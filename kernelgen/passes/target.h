@@ -22,8 +22,9 @@ struct Target {
     bool nativeVectors;
 
     bool has(Kind kind) const;
-    // 256-bit registers: two 128-bit sections of one shape can share them.
-    bool pairsSections() const { return has(Kind::V4F64) && has(Kind::V8F32); }
+    // Whether sections of one shape run side by side in its vectors of
+    // `wide`, two halves each.
+    bool pairsInto(Kind wide) const { return nativeVectors && has(wide); }
 };
 
 // sse2 (the default), avx2, avx512 and portable; any other name is an error.
