@@ -487,7 +487,7 @@ int arithmeticCount(const Graph& g)
 // What a move between the halves of a `wide` vector costs: one operation;
 // two between the 256-bit halves of a 512-bit vector, which take the one
 // shuffle port that 512-bit arithmetic shares on AVX-512 processors.
-// Counted as one, 64fc 53, 56 and 64 paired with 30 to 70 more shuffles
+// Counted as one, 64fc 53, 56 and 64 paired with 19 to 34 more shuffles
 // per call and ran slower; counted as two, 64fc 52 (a third fewer
 // arithmetic operations, as many shuffles) and 55 pair, and 53, 56 and 64
 // stay at 256 bits.
